@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace wire {
+
+// The outcome of one gateway POST.
+struct GatewayReply {
+    bool transportOk = false; // false: refused, unresolvable, reset, timed out
+    QString transportError;   // the transport's own words when transportOk is false
+    long httpStatus = 0;      // never decides anything; kept for tools and logs
+    QByteArray body;          // the answer, as received (no decoding)
+};
+
+struct GatewayRequest {
+    QString baseUrl;    // the configured address; "/XMLDemo.asp" is appended as it stands
+    QString sql;        // the statement text
+    QString lastCached; // value of the "lastCached" header
+    long timeoutMs = 0; // 0: no limit of our own
+};
+
+// Posts one statement the way the client does: POST baseUrl + "/XMLDemo.asp", headers
+// "lastCached" and "Content-Type: application/x-www-form-urlencoded", body
+// "strSQL=" + form::URLEncode(sql) as single-byte text. Blocking (libcurl).
+GatewayReply postStatement(const GatewayRequest& request);
+
+// The exact body postStatement sends for a statement.
+QByteArray gatewayBody(const QString& sql);
+
+} // namespace wire
