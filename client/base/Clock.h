@@ -7,5 +7,5 @@ namespace Clock {
 QDateTime Now();
 QDate Today();
 void SetFixed(const QDateTime& moment); // tests
-void Release();                          // back to the real clock
+void Release();                         // back to the real clock
 } // namespace Clock

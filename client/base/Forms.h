@@ -46,10 +46,11 @@ private:
 };
 
 template <class T>
-concept HasFormLoad = requires(T& t) { t.Form_Load(); };
+concept HasFormLoad = requires(T& t) {
+    t.Form_Load();
+};
 
-template <class T>
-T& Form() {
+template <class T> T& Form() {
     auto& registry = FormRegistry::instance();
     const char* key = typeid(T).name();
     if (auto* existing = registry.find(key))
@@ -61,18 +62,15 @@ T& Form() {
     return *form;
 }
 
-template <class T>
-bool IsLoaded() {
+template <class T> bool IsLoaded() {
     return FormRegistry::instance().find(typeid(T).name()) != nullptr;
 }
 
-template <class T>
-T* LoadedForm() {
+template <class T> T* LoadedForm() {
     return static_cast<T*>(FormRegistry::instance().find(typeid(T).name()));
 }
 
-template <class T>
-void Unload() {
+template <class T> void Unload() {
     if (auto* form = LoadedForm<T>())
         FormRegistry::instance().unload(form);
 }

@@ -7,8 +7,7 @@
 
 // A collection of shared objects addressed 1-based by position or by a text key (keys match
 // without regard to case). A duplicate key raises 457, a missing key or position raises 5.
-template <class T>
-class KeyedCollection {
+template <class T> class KeyedCollection {
 public:
     using Item = std::shared_ptr<T>;
 

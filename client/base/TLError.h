@@ -30,8 +30,7 @@ struct Trapped {
 Trapped CurrentError();
 
 // Runs body as a statement under "on error resume next": a failure is swallowed and returned.
-template <class F>
-std::optional<Trapped> Guard(F&& body) noexcept {
+template <class F> std::optional<Trapped> Guard(F&& body) noexcept {
     try {
         body();
         return std::nullopt;

@@ -1,0 +1,115 @@
+#include "base/Regional.h"
+#include "base/Clock.h"
+#include "base/TLError.h"
+
+#include <QtTest>
+
+using namespace Regional;
+
+class RegionalTest : public QObject {
+    Q_OBJECT
+private slots:
+    void numbers_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("numeric");
+        QTest::addColumn<double>("val");
+        QTest::newRow("whole") << "180" << true << 180.0;
+        QTest::newRow("blanks around") << "  42 " << true << 42.0;
+        QTest::newRow("fraction") << "0.6" << true << 0.6;
+        QTest::newRow("leading point") << ".5" << true << 0.5;
+        QTest::newRow("negative") << "-3" << true << -3.0;
+        QTest::newRow("thousands") << "1,000" << true << 1.0;
+        QTest::newRow("digits then letters") << "12ab" << false << 12.0;
+        QTest::newRow("letters") << "abc" << false << 0.0;
+        QTest::newRow("empty") << "" << false << 0.0;
+        QTest::newRow("lone sign") << "-" << false << 0.0;
+        QTest::newRow("exponent") << "1e3" << true << 1000.0;
+        QTest::newRow("blanks inside for Val") << "1 2x" << false << 12.0;
+    }
+    void numbers() {
+        QFETCH(QString, text);
+        QFETCH(bool, numeric);
+        QFETCH(double, val);
+        QCOMPARE(IsNumeric(text), numeric);
+        QCOMPARE(Val(text), val);
+    }
+
+    void wholeNumbersRoundHalfToEven() {
+        QCOMPARE(CLng(2.5), 2);
+        QCOMPARE(CLng(3.5), 4);
+        QCOMPARE(CLng(-2.5), -2);
+        QCOMPARE(CLng(0.6), 1);
+        QCOMPARE(CLng(QString("10.5")), 10);
+        QCOMPARE(CInt(32767.4), std::int16_t(32767));
+        QCOMPARE(Guard([] { CLng(3e10); })->number, 6);
+        QCOMPARE(Guard([] { CInt(40000.0); })->number, 6);
+        QCOMPARE(Guard([] { CLng(QString("x")); })->number, errTypeMismatch);
+    }
+
+    void dates_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QDateTime>("moment"); // invalid: no date
+        QTest::newRow("short date") << "3/7/2025" << QDateTime(QDate(2025, 3, 7), QTime(0, 0));
+        QTest::newRow("padded with time")
+            << "03/07/2025 05:05 PM" << QDateTime(QDate(2025, 3, 7), QTime(17, 5));
+        QTest::newRow("sentinel literal")
+            << "01/01/00 12:00AM" << QDateTime(QDate(2000, 1, 1), QTime(0, 0));
+        QTest::newRow("two digit year late")
+            << "1/1/99" << QDateTime(QDate(1999, 1, 1), QTime(0, 0));
+        QTest::newRow("unknown day")
+            << "1/1/1900 3:30 PM" << QDateTime(QDate(1900, 1, 1), QTime(15, 30));
+        QTest::newRow("iso") << "2024-01-01T09:13:00" << QDateTime(QDate(2024, 1, 1), QTime(9, 13));
+        QTest::newRow("time alone") << "8:00 AM" << QDateTime(QDate(1899, 12, 30), QTime(8, 0));
+        QTest::newRow("24 hour") << "23:30" << QDateTime(QDate(1899, 12, 30), QTime(23, 30));
+        QTest::newRow("month name") << "March 7, 2025" << QDateTime(QDate(2025, 3, 7), QTime(0, 0));
+        QTest::newRow("words") << "next week" << QDateTime();
+        QTest::newRow("empty") << "" << QDateTime();
+        QTest::newRow("bad day") << "2/30/2025" << QDateTime();
+        QTest::newRow("bare number") << "12" << QDateTime();
+        QTest::newRow("hour out of range") << "13:00 PM" << QDateTime();
+    }
+    void dates() {
+        QFETCH(QString, text);
+        QFETCH(QDateTime, moment);
+        QCOMPARE(IsDate(text), moment.isValid());
+        if (moment.isValid())
+            QCOMPARE(CDate(text), moment);
+        else
+            QCOMPARE(Guard([&] { CDate(text); })->number, errTypeMismatch);
+    }
+
+    void formats() {
+        const QDateTime late(QDate(2025, 3, 7), QTime(23, 30, 15));
+        QCOMPARE(Format(late, "mm/dd/yyyy"), QString("03/07/2025"));
+        QCOMPARE(Format(late, "hh:mm AMPM"), QString("11:30 PM"));
+        QCOMPARE(Format(late.addSecs(3600), "hh:mm AMPM"), QString("12:30 AM"));
+        QCOMPARE(Format(QDateTime(QDate(2025, 3, 7), QTime(0, 5)), "h:mm AMPM"),
+                 QString("12:05 AM"));
+        QCOMPARE(Format(QDateTime(QDate(2025, 3, 7), QTime(9, 5)), "hh:mm"), QString("09:05"));
+        QCOMPARE(Format(late, "mm/dd/yyyy hh:mm AMPM"), QString("03/07/2025 11:30 PM"));
+        QCOMPARE(Format(late, "dddd"), QString("Friday"));
+        QCOMPARE(Format(0.456, "0%"), QString("46%"));
+        QCOMPARE(Format(1.0, "0%"), QString("100%"));
+        QCOMPARE(Format(12.34, "#0.0"), QString("12.3"));
+        QCOMPARE(Format(0.05, "#0.0"), QString("0.1"));
+    }
+
+    void defaultTexts() {
+        QCOMPARE(DateText(QDateTime(QDate(2025, 3, 7), QTime(9, 13, 5))),
+                 QString("3/7/2025 9:13:05 AM"));
+        QCOMPARE(DateText(QDateTime(QDate(2025, 3, 7), QTime(0, 0))), QString("3/7/2025"));
+        QCOMPARE(DateText(QDateTime(QDate(1899, 12, 30), QTime(15, 0))), QString("3:00:00 PM"));
+    }
+
+    void clockCanBePinned() {
+        const QDateTime moment(QDate(2025, 1, 2), QTime(23, 30));
+        Clock::SetFixed(moment);
+        QCOMPARE(Clock::Now(), moment);
+        QCOMPARE(Clock::Today(), QDate(2025, 1, 2));
+        Clock::Release();
+        QVERIFY(qAbs(Clock::Now().secsTo(QDateTime::currentDateTime())) < 5);
+    }
+};
+
+QTEST_MAIN(RegionalTest)
+#include "RegionalTest.moc"
