@@ -1,0 +1,193 @@
+#include "wire/GatewayPost.h"
+#include "TestHttpServer.h"
+
+#include <QtTest>
+#include <arpa/inet.h>
+#include <atomic>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace wire;
+
+namespace {
+
+const QByteArray kRowset = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'/>";
+
+// A loopback listener that accepts each connection and resets it at once.
+class ResettingListener {
+public:
+    ResettingListener() {
+        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in a{};
+        a.sin_family = AF_INET;
+        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t len = sizeof a;
+        if (::bind(m_fd, reinterpret_cast<sockaddr*>(&a), len) != 0 || ::listen(m_fd, 4) != 0 ||
+            ::getsockname(m_fd, reinterpret_cast<sockaddr*>(&a), &len) != 0)
+            qFatal("cannot listen on loopback");
+        m_port = ntohs(a.sin_port);
+        m_thread = std::thread([this] {
+            while (true) {
+                const int c = ::accept(m_fd, nullptr, nullptr);
+                if (c < 0 || m_stop)
+                    break;
+                linger l{1, 0}; // close with RST
+                ::setsockopt(c, SOL_SOCKET, SO_LINGER, &l, sizeof l);
+                ::close(c);
+            }
+        });
+    }
+    ~ResettingListener() {
+        m_stop = true;
+        ::shutdown(m_fd, SHUT_RDWR);
+        ::close(m_fd);
+        m_thread.join();
+    }
+    QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
+
+private:
+    int m_fd = -1;
+    quint16 m_port = 0;
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+GatewayRequest request(const QString& base, const QString& sql) {
+    GatewayRequest r;
+    r.baseUrl = base;
+    r.sql = sql;
+    r.lastCached = QStringLiteral("1/2/2024 9:13:00 AM");
+    return r;
+}
+
+} // namespace
+
+class GatewayPostTest : public QObject {
+    Q_OBJECT
+private slots:
+    void postsExactlyTheClientsRequest() {
+        TestHttpServer server;
+        QVERIFY(server.isListening());
+        server.setAnswer({200, "text/xml", kRowset});
+        const GatewayReply reply = postStatement(
+            request(server.baseUrl(), "EXEC tl_SetStatus 12,8,'Zoë € 中','x+y%',NULL,15"));
+        QVERIFY2(reply.transportOk, qPrintable(reply.transportError));
+        QCOMPARE(reply.httpStatus, 200L);
+        QCOMPARE(reply.body, kRowset);
+
+        const auto requests = server.requests();
+        QCOMPARE(requests.size(), 1);
+        const auto& r = requests.first();
+        QCOMPARE(r.method, QByteArray("POST"));
+        QCOMPARE(r.target, QByteArray("/XMLDemo.asp"));
+        QCOMPARE(r.header("Content-Type"), QByteArray("application/x-www-form-urlencoded"));
+        QCOMPARE(r.header("lastCached"), QByteArray("1/2/2024 9:13:00 AM"));
+        const QByteArray body = "strSQL=EXEC%20tl%5FSetStatus%2012%2C8%2C%27Zo%EB%20%80%20%3F%27"
+                                "%2C%27x%2By%25%27%2CNULL%2C15";
+        QCOMPARE(r.body, body);
+        QCOMPARE(r.header("Content-Length"), QByteArray::number(body.size()));
+        QCOMPARE(gatewayBody("EXEC tl_SetStatus 12,8,'Zoë € 中','x+y%',NULL,15"), body);
+        QVERIFY(!r.hasHeader("Expect"));
+        QVERIFY(!r.hasHeader("Accept-Encoding"));
+        QVERIFY(!r.hasHeader("Transfer-Encoding"));
+    }
+
+    void aLargeStatementStillGoesInOneRequest() {
+        TestHttpServer server;
+        const QString sql = "EXEC tl_AddContactNote 12,'" + QString(400000, u'.') + "',15,0";
+        const GatewayReply reply = postStatement(request(server.baseUrl(), sql));
+        QVERIFY2(reply.transportOk, qPrintable(reply.transportError));
+        QCOMPARE(reply.httpStatus, 200L);
+        const auto r = server.requests().value(0);
+        QVERIFY(!r.hasHeader("Expect")); // no 100-continue round trip, however large
+        QCOMPARE(r.body, gatewayBody(sql));
+    }
+
+    void theAddressIsTakenAsItStands() {
+        TestHttpServer server;
+        postStatement(request(server.baseUrl() + "/", "EXECUTE tl_VersionCheck"));
+        postStatement(request(server.baseUrl() + "/tavlo", "EXECUTE tl_VersionCheck"));
+        const auto requests = server.requests();
+        QCOMPARE(requests.size(), 2);
+        QCOMPARE(requests[0].target, QByteArray("//XMLDemo.asp"));
+        QCOMPARE(requests[1].target, QByteArray("/tavlo/XMLDemo.asp"));
+    }
+
+    void theStatusCodeDecidesNothing_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("rowset with 404") << 404 << kRowset;
+        QTest::newRow("rowset with 500") << 500 << kRowset;
+        QTest::newRow("empty 200") << 200 << QByteArray();
+        QTest::newRow("error page") << 500 << QByteArray("<html><body>Error</body></html>");
+    }
+    void theStatusCodeDecidesNothing() {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        TestHttpServer server;
+        server.setAnswer({status, "text/html", body});
+        const GatewayReply reply = postStatement(request(server.baseUrl(), "EXEC tl_a 1"));
+        QVERIFY(reply.transportOk);
+        QCOMPARE(reply.httpStatus, long(status));
+        QCOMPARE(reply.body, body);
+    }
+
+    void transportFailuresAreTold_data() {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("refused") << "refused";
+        QTest::newRow("reset") << "reset";
+        QTest::newRow("timed out") << "timeout";
+        QTest::newRow("unresolvable") << "unresolvable";
+    }
+    void transportFailuresAreTold() {
+        QFETCH(QString, kind);
+        TestHttpServer server;
+        ResettingListener resetting;
+        GatewayRequest r = request(server.baseUrl(), "EXECUTE tl_VersionCheck");
+        r.timeoutMs = 10000;
+        if (kind == "refused") {
+            server.stop();
+        } else if (kind == "reset") {
+            r.baseUrl = resetting.baseUrl();
+        } else if (kind == "timeout") {
+            server.setAnswer({200, "text/xml", kRowset, 1000});
+            r.timeoutMs = 200;
+        } else {
+            r.baseUrl = "http://tavlo-no-such-host.invalid";
+        }
+        const GatewayReply reply = postStatement(r);
+        QVERIFY(!reply.transportOk);
+        QVERIFY(!reply.transportError.isEmpty());
+        QVERIFY(reply.body.isEmpty());
+    }
+
+    void callsFromSeveralThreadsAtOnceStayApart() {
+        TestHttpServer server;
+        server.setHandler([](const TestHttpServer::Request& r) {
+            return TestHttpServer::Answer{200, "text/plain", r.body};
+        });
+        constexpr int threads = 6;
+        constexpr int calls = 10;
+        std::atomic<int> wrong{0};
+        std::vector<std::thread> pool;
+        for (int t = 0; t < threads; ++t) {
+            pool.emplace_back([&, t] {
+                for (int i = 0; i < calls; ++i) {
+                    const QString sql = QStringLiteral("EXEC tl_a %1,%2").arg(t).arg(i);
+                    const GatewayReply reply = postStatement(request(server.baseUrl(), sql));
+                    if (!reply.transportOk || reply.body != gatewayBody(sql))
+                        ++wrong;
+                }
+            });
+        }
+        for (auto& th : pool)
+            th.join();
+        QCOMPARE(wrong.load(), 0);
+        QCOMPARE(server.requests().size(), threads * calls);
+    }
+};
+
+QTEST_GUILESS_MAIN(GatewayPostTest)
+#include "GatewayPostTest.moc"

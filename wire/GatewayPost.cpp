@@ -1,0 +1,85 @@
+#include "GatewayPost.h"
+
+#include "Cp1252.h"
+#include "FormEncoding.h"
+#include <curl/curl.h>
+#include <memory>
+#include <mutex>
+
+namespace wire {
+
+namespace {
+
+void initialiseOnce() {
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+size_t appendBody(char* data, size_t size, size_t count, void* target) {
+    static_cast<QByteArray*>(target)->append(data, qsizetype(size * count));
+    return size * count;
+}
+
+struct EasyDeleter {
+    void operator()(CURL* h) const { curl_easy_cleanup(h); }
+};
+struct ListDeleter {
+    void operator()(curl_slist* l) const { curl_slist_free_all(l); }
+};
+
+// Header values travel as single-byte text; line breaks would end the header early.
+QByteArray headerValue(const QString& text) {
+    QByteArray value = cp1252::encode(text);
+    value.replace('\r', ' ').replace('\n', ' ');
+    return value;
+}
+
+} // namespace
+
+QByteArray gatewayBody(const QString& sql) {
+    return QByteArrayLiteral("strSQL=") + form::URLEncode(sql).toLatin1();
+}
+
+GatewayReply postStatement(const GatewayRequest& request) {
+    initialiseOnce();
+    GatewayReply reply;
+    std::unique_ptr<CURL, EasyDeleter> easy(curl_easy_init());
+    if (!easy) {
+        reply.transportError = QStringLiteral("could not start an HTTP request");
+        return reply;
+    }
+    CURL* h = easy.get();
+
+    const QByteArray url = (request.baseUrl + QStringLiteral("/XMLDemo.asp")).toUtf8();
+    const QByteArray body = gatewayBody(request.sql);
+    curl_slist* list = nullptr;
+    list = curl_slist_append(list, ("lastCached: " + headerValue(request.lastCached)).constData());
+    list = curl_slist_append(list, "Content-Type: application/x-www-form-urlencoded");
+    list = curl_slist_append(list, "Expect:"); // no 100-continue round trip
+    std::unique_ptr<curl_slist, ListDeleter> headers(list);
+
+    char errorText[CURL_ERROR_SIZE] = {};
+    curl_easy_setopt(h, CURLOPT_URL, url.constData());
+    curl_easy_setopt(h, CURLOPT_POST, 1L);
+    curl_easy_setopt(h, CURLOPT_POSTFIELDS, body.constData());
+    curl_easy_setopt(h, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t(body.size()));
+    curl_easy_setopt(h, CURLOPT_HTTPHEADER, headers.get());
+    curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, appendBody);
+    curl_easy_setopt(h, CURLOPT_WRITEDATA, &reply.body);
+    curl_easy_setopt(h, CURLOPT_ERRORBUFFER, errorText);
+    curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L); // safe from any thread
+    if (request.timeoutMs > 0)
+        curl_easy_setopt(h, CURLOPT_TIMEOUT_MS, request.timeoutMs);
+
+    const CURLcode rc = curl_easy_perform(h);
+    curl_easy_getinfo(h, CURLINFO_RESPONSE_CODE, &reply.httpStatus);
+    if (rc != CURLE_OK) {
+        reply.transportError = QString::fromUtf8(errorText[0] ? errorText : curl_easy_strerror(rc));
+        reply.body.clear();
+        return reply;
+    }
+    reply.transportOk = true;
+    return reply;
+}
+
+} // namespace wire
