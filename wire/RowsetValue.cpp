@@ -288,9 +288,14 @@ void appendZone(QByteArray& out, const QDateTime& dt) {
     }
 }
 
+// The shortest text that reads back to the same double; plain decimals for the magnitudes
+// money and counts have, exponent form only for the very large and very small.
 QByteArray formatDouble(double v) {
-    char buf[64];
-    const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, v);
+    char buf[512];
+    const double magnitude = std::abs(v);
+    const bool plain = magnitude == 0.0 || (magnitude >= 1e-5 && magnitude < 1e16);
+    const auto [end, ec] = plain ? std::to_chars(buf, buf + sizeof buf, v, std::chars_format::fixed)
+                                 : std::to_chars(buf, buf + sizeof buf, v);
     return QByteArray(buf, end - buf);
 }
 

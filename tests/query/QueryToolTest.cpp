@@ -1,0 +1,160 @@
+#include "TestHttpServer.h"
+#include "wire/GatewayPost.h"
+#include "wire/RowsetWriter.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace wire;
+
+namespace {
+
+struct Run {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+Run runTool(const QStringList& args) {
+    QProcess p;
+    p.start(QStringLiteral(TAVLO_QUERY_BINARY), args);
+    if (!p.waitForFinished(60000))
+        qFatal("tavlo-query did not finish");
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
+            QString::fromUtf8(p.readAllStandardOutput()),
+            QString::fromUtf8(p.readAllStandardError())};
+}
+
+// A small status answer: a number, texts with a Null and control characters, a date.
+QByteArray statusRowset() {
+    Rowset r;
+    r.columns.resize(4);
+    r.columns[0].name = "StatusSys";
+    r.columns[0].type = FieldType::Int;
+    r.columns[1].name = "Status";
+    r.columns[2].name = "comment";
+    r.columns[3].name = "Changed At";
+    r.columns[3].type = FieldType::DateTime;
+    r.rows = {
+        {QVariant(3LL), QVariant(QString("In")), QVariant(),
+         QVariant(QDateTime(QDate(2024, 1, 2), QTime(9, 5)))},
+        {QVariant(128LL), QVariant(QString("Out to lunch")), QVariant(QString("a\tb\r\nc\\d")),
+         QVariant()},
+    };
+    return RowsetWriter::write(r);
+}
+
+} // namespace
+
+class QueryToolTest : public QObject {
+    Q_OBJECT
+private slots:
+    void printsTheAnswerAsATable() {
+        TestHttpServer server;
+        server.setAnswer({200, "text/xml", statusRowset()});
+        const QString sql = "EXEC tl_GetContactStatus 12";
+        const Run run = runTool({"--url", server.baseUrl(), sql});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.err, QString());
+        QCOMPARE(run.out, QString("StatusSys | Status       | comment     | Changed At\n"
+                                  "----------+--------------+-------------+--------------------\n"
+                                  "        3 | In           | NULL        | 2024-01-02T09:05:00\n"
+                                  "      128 | Out to lunch | a\\tb\\r\\nc\\d | NULL\n"
+                                  "(2 rows)\n"));
+        // The statement went out exactly as the client would send it.
+        const auto requests = server.requests();
+        QCOMPARE(requests.size(), 1);
+        QCOMPARE(requests[0].target, QByteArray("/XMLDemo.asp"));
+        QCOMPARE(requests[0].body, gatewayBody(sql));
+        QVERIFY(!requests[0].header("lastCached").isEmpty());
+    }
+
+    void tsvIsForMachines() {
+        TestHttpServer server;
+        server.setAnswer({200, "text/xml", statusRowset()});
+        const Run run = runTool({"--tsv", "--url", server.baseUrl(), "EXEC tl_x 1"});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QString("StatusSys\tStatus\tcomment\tChanged At\n"
+                                  "3\tIn\t\\N\t2024-01-02T09:05:00\n"
+                                  "128\tOut to lunch\ta\\tb\\r\\nc\\\\d\t\\N\n"));
+    }
+
+    void readsASavedRowset() {
+        const Run run = runTool({"--file", TAVLO_WIRE_SAMPLES "/board.xml"});
+        QCOMPARE(run.exitCode, 0);
+        const QStringList lines = run.out.split('\n');
+        QVERIFY(lines[0].startsWith("ContactSys | FirstName | LastName"));
+        QVERIFY(lines[0].endsWith("| Last Update"));
+        QVERIFY(run.out.contains("Lunch\\tthen bank"));
+        QVERIFY(run.out.contains("line one\\r\\nline two"));
+        QVERIFY(run.out.endsWith("(3 rows)\n"));
+
+        const Run utf16 = runTool({"--tsv", "--file", TAVLO_WIRE_SAMPLES "/utf16.xml"});
+        QCOMPARE(utf16.exitCode, 0);
+        QCOMPARE(utf16.out, QString("ContactSys\tLastName\n21\tMüller – Østergård €\n"));
+    }
+
+    void anUnreachableServerExitsWith2() {
+        TestHttpServer server;
+        server.stop();
+        const Run run = runTool({"--url", server.baseUrl(), "EXECUTE tl_VersionCheck"});
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.out.isEmpty());
+        QVERIFY(run.err.startsWith("tavlo-query: cannot reach " + server.baseUrl()));
+        QCOMPARE(run.err.count('\n'), 1);
+    }
+
+    void anAnswerThatIsNoRowsetExitsWith3_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("empty") << 200 << QByteArray();
+        QTest::newRow("error page") << 500 << QByteArray("<html><body>Error</body></html>");
+        QTest::newRow("refused statement") << 400 << QByteArray("statement refused");
+    }
+    void anAnswerThatIsNoRowsetExitsWith3() {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        TestHttpServer server;
+        server.setAnswer({status, "text/html", body});
+        const Run run = runTool({"--url", server.baseUrl(), "EXEC tl_x 1"});
+        QCOMPARE(run.exitCode, 3);
+        QVERIFY(run.out.isEmpty());
+        QVERIFY(run.err.contains(QString("(HTTP %1)").arg(status)));
+        QCOMPARE(run.err.count('\n'), 1);
+    }
+
+    void aSavedFileThatIsNoRowsetExitsWith3() {
+        QTemporaryDir dir;
+        QFile f(dir.filePath("page.html"));
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("<html><body>404</body></html>");
+        f.close();
+        QCOMPARE(runTool({"--file", f.fileName()}).exitCode, 3);
+    }
+
+    void badUsageExitsWith1_data() {
+        QTest::addColumn<QStringList>("args");
+        QTest::newRow("nothing") << QStringList{};
+        QTest::newRow("both sources")
+            << QStringList{"--url", "http://127.0.0.1:1", "--file", "x.xml", "EXEC tl_x"};
+        QTest::newRow("no statement") << QStringList{"--url", "http://127.0.0.1:1"};
+        QTest::newRow("two statements")
+            << QStringList{"--url", "http://127.0.0.1:1", "EXEC tl_x", "EXEC tl_y"};
+        QTest::newRow("statement with a file") << QStringList{"--file", "x.xml", "EXEC tl_x"};
+        QTest::newRow("unknown option") << QStringList{"--frobnicate"};
+        QTest::newRow("bad time-out")
+            << QStringList{"--timeout", "soon", "--url", "http://127.0.0.1:1", "EXEC tl_x"};
+        QTest::newRow("missing file") << QStringList{"--file", "/nonexistent/answer.xml"};
+    }
+    void badUsageExitsWith1() {
+        QFETCH(QStringList, args);
+        const Run run = runTool(args);
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(run.err.startsWith("tavlo-query: "));
+        QCOMPARE(run.err.count('\n'), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(QueryToolTest)
+#include "QueryToolTest.moc"
