@@ -87,7 +87,7 @@ public:
                 continue;
             const char* value = a.value();
             row[std::size_t(column)] = rowsetvalue::parse(
-                m_schema.columns[std::size_t(column)].type, std::string_view(value));
+                m_schema.columns[std::size_t(column)].type, std::string_view(value), &m_offsets);
             next = std::size_t(column) + 1;
         }
     }
@@ -106,6 +106,7 @@ private:
 
     const RowsetSchema& m_schema;
     std::unordered_map<std::string_view, int> m_byName;
+    LocalOffsets m_offsets;
     pugi::xml_node m_cachedParent;
     const char* m_cachedName = "";
     bool m_cachedIsRow = false;

@@ -1,5 +1,6 @@
 #include "RowsetSchemaReader.h"
 
+#include "RowsetValue.h"
 #include "XmlNamespaces.h"
 #include <algorithm>
 #include <charconv>
@@ -32,7 +33,7 @@ int toInt(std::string_view s, int fallback) {
 }
 
 QString qtext(std::string_view s) {
-    return QString::fromUtf8(s.data(), qsizetype(s.size()));
+    return rowsetvalue::text(s);
 }
 
 // The type facts of a column: on the s:datatype child when there is one, else on the

@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QStringDecoder>
 #include <QTime>
 #include <charconv>
 #include <cstdint>
@@ -138,7 +139,7 @@ Zone readZone(Cursor& c) {
     return {true, true, sign * (*h * 3600 + *m * 60)};
 }
 
-QVariant readDateTime(std::string_view text) {
+QVariant readDateTime(std::string_view text, LocalOffsets* offsets) {
     Cursor c(trimmed(text));
     const auto date = readDate(c);
     if (!date)
@@ -155,7 +156,7 @@ QVariant readDateTime(std::string_view text) {
         return {};
     if (zone.present)
         return QDateTime(*date, time, Qt::OffsetFromUTC, zone.offsetSeconds);
-    return QDateTime(*date, time);
+    return offsets ? offsets->dateTime(*date, time) : QDateTime(*date, time);
 }
 
 QVariant readDate(std::string_view text) {
@@ -214,7 +215,7 @@ template <class T> QVariant numberVariant(std::string_view text) {
     return {};
 }
 
-QVariant readTyped(FieldType type, std::string_view text) {
+QVariant readTyped(FieldType type, std::string_view text, LocalOffsets* offsets) {
     switch (type) {
     case FieldType::Int:
     case FieldType::I1:
@@ -234,7 +235,7 @@ QVariant readTyped(FieldType type, std::string_view text) {
     case FieldType::Boolean:
         return readBoolean(text);
     case FieldType::DateTime:
-        return readDateTime(text);
+        return readDateTime(text, offsets);
     case FieldType::Date:
         return readDate(text);
     case FieldType::Time:
@@ -276,18 +277,6 @@ void appendTime(QByteArray& out, QTime t) {
     }
 }
 
-void appendZone(QByteArray& out, const QDateTime& dt) {
-    if (dt.timeSpec() == Qt::UTC) {
-        out.append('Z');
-    } else if (dt.timeSpec() == Qt::OffsetFromUTC) {
-        const int offset = dt.offsetFromUtc();
-        out.append(offset < 0 ? '-' : '+');
-        appendPadded(out, std::abs(offset) / 3600, 2);
-        out.append(':');
-        appendPadded(out, std::abs(offset) % 3600 / 60, 2);
-    }
-}
-
 // The shortest text that reads back to the same double; plain decimals for the magnitudes
 // money and counts have, exponent form only for the very large and very small.
 QByteArray formatDouble(double v) {
@@ -299,7 +288,7 @@ QByteArray formatDouble(double v) {
     return QByteArray(buf, end - buf);
 }
 
-QByteArray formatTyped(FieldType type, const QVariant& value) {
+QByteArray formatTyped(FieldType type, const QVariant& value, LocalOffsets* offsets) {
     QByteArray out;
     switch (type) {
     case FieldType::UI8:
@@ -320,11 +309,14 @@ QByteArray formatTyped(FieldType type, const QVariant& value) {
     case FieldType::Boolean:
         return value.toBool() ? QByteArrayLiteral("True") : QByteArrayLiteral("False");
     case FieldType::DateTime: {
+        // Written as local time, with no zone, as the rowset format has it.
         const QDateTime dt = value.toDateTime();
-        appendDate(out, dt.date());
+        const auto [date, time] = offsets
+                                      ? offsets->localParts(dt)
+                                      : std::pair(dt.toLocalTime().date(), dt.toLocalTime().time());
+        appendDate(out, date);
         out.append('T');
-        appendTime(out, dt.time());
-        appendZone(out, dt);
+        appendTime(out, time);
         return out;
     }
     case FieldType::Date:
@@ -344,13 +336,22 @@ QByteArray formatTyped(FieldType type, const QVariant& value) {
 
 } // namespace
 
-QVariant parse(FieldType type, std::string_view text) {
+QString text(std::string_view utf8) {
+    // QString::fromUtf8 drops a byte order mark at the start; inside a value it is data.
+    if (utf8.size() >= 3 && utf8.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+        return decoder(QByteArrayView(utf8.data(), qsizetype(utf8.size())));
+    }
+    return QString::fromUtf8(utf8.data(), qsizetype(utf8.size()));
+}
+
+QVariant parse(FieldType type, std::string_view text, LocalOffsets* offsets) {
     if (type != FieldType::String && type != FieldType::Uuid) {
-        QVariant typed = readTyped(type, text);
+        QVariant typed = readTyped(type, text, offsets);
         if (typed.isValid())
             return typed;
     }
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+    return rowsetvalue::text(text);
 }
 
 bool isNull(const QVariant& value) {
@@ -368,12 +369,12 @@ bool isNull(const QVariant& value) {
     }
 }
 
-QByteArray format(FieldType type, const QVariant& value) {
+QByteArray format(FieldType type, const QVariant& value, LocalOffsets* offsets) {
     if (isNull(value))
         return {};
     if (value.typeId() == QMetaType::QString)
         return value.toString().toUtf8();
-    return formatTyped(type, value);
+    return formatTyped(type, value, offsets);
 }
 
 } // namespace wire::rowsetvalue

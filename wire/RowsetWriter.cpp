@@ -128,14 +128,14 @@ void appendSchema(QByteArray& out, const Rowset& rowset, const std::vector<QByte
 }
 
 void appendRow(QByteArray& out, const Rowset& rowset, const std::vector<QVariant>& row,
-               const std::vector<QByteArray>& names) {
+               const std::vector<QByteArray>& names, LocalOffsets& offsets) {
     out.append("\t<z:row");
     const std::size_t n = std::min(row.size(), rowset.columns.size());
     for (std::size_t i = 0; i < n; ++i) {
         if (rowsetvalue::isNull(row[i]))
             continue;
         appendAttribute(out, names[i].constData(),
-                        rowsetvalue::format(rowset.columns[i].type, row[i]));
+                        rowsetvalue::format(rowset.columns[i].type, row[i], &offsets));
     }
     out.append("/>\n");
 }
@@ -155,8 +155,9 @@ QByteArray RowsetWriter::write(const Rowset& rowset) {
         out.append("<rs:data/>\n");
     } else {
         out.append("<rs:data>\n");
+        LocalOffsets offsets;
         for (const auto& row : rowset.rows)
-            appendRow(out, rowset, row, names);
+            appendRow(out, rowset, row, names, offsets);
         out.append("</rs:data>\n");
     }
     out.append("</xml>");

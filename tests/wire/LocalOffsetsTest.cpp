@@ -1,0 +1,86 @@
+#include "wire/LocalOffsets.h"
+
+#include <QtTest>
+#include <ctime>
+
+using namespace wire;
+
+namespace {
+
+// Switches the process's zone; Qt asks the C library each time, so this takes effect at once.
+class ZoneScope {
+public:
+    explicit ZoneScope(const QByteArray& zone)
+        : m_old(qgetenv("TZ")), m_had(qEnvironmentVariableIsSet("TZ")) {
+        qputenv("TZ", zone);
+        tzset();
+    }
+    ~ZoneScope() {
+        if (m_had)
+            qputenv("TZ", m_old);
+        else
+            qunsetenv("TZ");
+        tzset();
+    }
+
+private:
+    QByteArray m_old;
+    bool m_had;
+};
+
+} // namespace
+
+class LocalOffsetsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void clockChangeDays_data() {
+        QTest::addColumn<QByteArray>("zone");
+        QTest::addColumn<QDate>("day");
+        QTest::addColumn<int>("skipped"); // quarter hours the clock skips that day
+        QTest::newRow("Berlin, spring") << QByteArray("Europe/Berlin") << QDate(2024, 3, 31) << 4;
+        QTest::newRow("Berlin, autumn") << QByteArray("Europe/Berlin") << QDate(2024, 10, 27) << 0;
+        QTest::newRow("New York, spring")
+            << QByteArray("America/New_York") << QDate(2024, 3, 10) << 4;
+        QTest::newRow("New York, autumn")
+            << QByteArray("America/New_York") << QDate(2024, 11, 3) << 0;
+        QTest::newRow("Lord Howe, half-hour shift")
+            << QByteArray("Australia/Lord_Howe") << QDate(2024, 4, 7) << 0;
+        QTest::newRow("Lord Howe, half-hour gap")
+            << QByteArray("Australia/Lord_Howe") << QDate(2024, 10, 6) << 2;
+        QTest::newRow("Kolkata") << QByteArray("Asia/Kolkata") << QDate(2024, 6, 1) << 0;
+    }
+    void clockChangeDays() {
+        QFETCH(QByteArray, zone);
+        QFETCH(QDate, day);
+        QFETCH(int, skipped);
+        if (!QFile::exists("/usr/share/zoneinfo/" + zone))
+            QFAIL("the zone data (tzdata) is missing");
+        ZoneScope scope(zone);
+        LocalOffsets offsets;
+        int gaps = 0;
+        for (int minute = 0; minute < 24 * 60; minute += 15) {
+            const QTime time(minute / 60, minute % 60);
+            const QDateTime local(day, time);
+            const QDateTime fast = offsets.dateTime(day, time);
+            QVERIFY(fast.isValid());
+            QCOMPARE(fast.date(), day);
+            QCOMPARE(fast.time(), time);
+            if (local.isValid())
+                QCOMPARE(fast.toMSecsSinceEpoch(), local.toMSecsSinceEpoch());
+            else
+                ++gaps;
+        }
+        const QDateTime start(day, QTime(0, 0));
+        for (qint64 step = -8; step < 4 * 28 + 8; ++step) {
+            const QDateTime moment = QDateTime::fromMSecsSinceEpoch(
+                start.toMSecsSinceEpoch() + step * 15 * 60000, Qt::UTC);
+            const auto [date, time] = offsets.localParts(moment);
+            QCOMPARE(date, moment.toLocalTime().date());
+            QCOMPARE(time, moment.toLocalTime().time());
+        }
+        QCOMPARE(gaps, skipped);
+    }
+};
+
+QTEST_GUILESS_MAIN(LocalOffsetsTest)
+#include "LocalOffsetsTest.moc"
