@@ -15,10 +15,13 @@ namespace {
 
 const QByteArray kRowset = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'/>";
 
-// A loopback listener that accepts each connection and resets it at once.
-class ResettingListener {
+// A bare loopback listener for what the test server cannot show: it either resets each
+// connection at once, or records the raw request head and answers 200 with an empty body.
+class RawListener {
 public:
-    ResettingListener() {
+    enum class Mode { Reset, Record };
+
+    explicit RawListener(Mode mode) : m_mode(mode) {
         m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
         sockaddr_in a{};
         a.sin_family = AF_INET;
@@ -28,30 +31,49 @@ public:
             ::getsockname(m_fd, reinterpret_cast<sockaddr*>(&a), &len) != 0)
             qFatal("cannot listen on loopback");
         m_port = ntohs(a.sin_port);
-        m_thread = std::thread([this] {
-            while (true) {
-                const int c = ::accept(m_fd, nullptr, nullptr);
-                if (c < 0 || m_stop)
-                    break;
-                linger l{1, 0}; // close with RST
-                ::setsockopt(c, SOL_SOCKET, SO_LINGER, &l, sizeof l);
-                ::close(c);
-            }
-        });
+        m_thread = std::thread([this] { serve(); });
     }
-    ~ResettingListener() {
+    ~RawListener() {
         m_stop = true;
         ::shutdown(m_fd, SHUT_RDWR);
         ::close(m_fd);
         m_thread.join();
     }
     QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
+    QByteArray head() const { return m_head; } // read it only after the request is answered
 
 private:
+    void serve() {
+        while (true) {
+            const int c = ::accept(m_fd, nullptr, nullptr);
+            if (c < 0 || m_stop)
+                return;
+            if (m_mode == Mode::Record) {
+                char buf[4096];
+                while (!m_head.contains("\r\n\r\n")) {
+                    const ssize_t n = ::recv(c, buf, sizeof buf, 0);
+                    if (n <= 0)
+                        break;
+                    m_head.append(buf, n);
+                }
+                m_head.truncate(m_head.indexOf("\r\n\r\n") + 2);
+                const char answer[] = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n"
+                                      "Connection: close\r\n\r\n";
+                ::send(c, answer, sizeof answer - 1, MSG_NOSIGNAL);
+            } else {
+                linger l{1, 0}; // close with RST
+                ::setsockopt(c, SOL_SOCKET, SO_LINGER, &l, sizeof l);
+            }
+            ::close(c);
+        }
+    }
+
+    Mode m_mode;
     int m_fd = -1;
     quint16 m_port = 0;
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
+    QByteArray m_head;
 };
 
 GatewayRequest request(const QString& base, const QString& sql) {
@@ -115,6 +137,31 @@ private slots:
         QCOMPARE(requests[1].target, QByteArray("/tavlo/XMLDemo.asp"));
     }
 
+    void theRequestHeadIsTheClients_data() {
+        QTest::addColumn<QString>("lastCached");
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("a moment") << "1/2/2024 9:13:00 AM"
+                                  << QByteArray("lastCached: 1/2/2024 9:13:00 AM");
+        QTest::newRow("empty, still sent") << "" << QByteArray("lastCached:");
+    }
+    void theRequestHeadIsTheClients() {
+        QFETCH(QString, lastCached);
+        QFETCH(QByteArray, line);
+        RawListener raw(RawListener::Mode::Record);
+        GatewayRequest r = request(raw.baseUrl(), "EXECUTE tl_VersionCheck");
+        r.lastCached = lastCached;
+        QVERIFY(postStatement(r).transportOk);
+        const QList<QByteArray> lines = raw.head().split('\n');
+        QCOMPARE(lines.value(0), QByteArray("POST /XMLDemo.asp HTTP/1.1\r"));
+        QVERIFY(lines.contains(line + "\r"));
+        QVERIFY(lines.contains("Content-Type: application/x-www-form-urlencoded\r"));
+        for (const QByteArray& l : lines) {
+            QVERIFY2(!l.startsWith("Expect") && !l.startsWith("Accept-Encoding") &&
+                         !l.startsWith("Transfer-Encoding"),
+                     l.constData());
+        }
+    }
+
     void theStatusCodeDecidesNothing_data() {
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("body");
@@ -144,7 +191,7 @@ private slots:
     void transportFailuresAreTold() {
         QFETCH(QString, kind);
         TestHttpServer server;
-        ResettingListener resetting;
+        RawListener resetting(RawListener::Mode::Reset);
         GatewayRequest r = request(server.baseUrl(), "EXECUTE tl_VersionCheck");
         r.timeoutMs = 10000;
         if (kind == "refused") {
