@@ -5,6 +5,8 @@
 #include "wire/RowsetWriter.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <benchmark/benchmark.h>
 #include <random>
 
@@ -130,6 +132,29 @@ void BM_WriteBoard(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_WriteBoard)->Unit(benchmark::kMillisecond);
+
+// The hand-written samples of the tests: small answers of every shape, read one after another.
+void BM_ReadSamples(benchmark::State& state) {
+    QList<QByteArray> samples;
+    const QDir dir(QStringLiteral(TAVLO_WIRE_SAMPLES));
+    for (const QString& name : dir.entryList({QStringLiteral("*.xml")}, QDir::Files)) {
+        QFile f(dir.filePath(name));
+        if (f.open(QIODevice::ReadOnly))
+            samples << f.readAll();
+    }
+    if (samples.isEmpty()) {
+        state.SkipWithError("no samples found");
+        return;
+    }
+    for (auto _ : state) {
+        for (const QByteArray& xml : samples) {
+            Rowset r = RowsetReader::read(xml);
+            benchmark::DoNotOptimize(r);
+        }
+    }
+    state.counters["samples"] = double(samples.size());
+}
+BENCHMARK(BM_ReadSamples)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 
