@@ -1,0 +1,6 @@
+#include "board/frmTLView.h"
+
+frmTLView::frmTLView() {
+    setObjectName(QStringLiteral("frmTLView"));
+    setWindowTitle(QStringLiteral("Tavlo"));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "base/KeyedCollection.h"
+#include <cstdint>
+
+class SingleInstance;
+class TLGroup;
+class TLNotes;
+class TLStatus;
+class TLStatusRow;
+
+// The program's entry and the lists shared by all its windows.
+namespace modTLMain {
+
+// Runs the start-up. False when the program must end at once (another instance runs);
+// otherwise the program lives on events afterwards.
+bool Main();
+
+// Start-up step 1: becomes the one instance of this user, or tells the user that another one
+// runs, asks it to show its "Tavlo" window, and answers False.
+bool ClaimSingleInstance(SingleInstance& instance);
+
+// True when the published version (latest) is newer than the running one. A lower major never
+// counts as newer, whatever the minor and revision say.
+bool IsNewerVersion(std::int16_t latestMajor, std::int16_t latestMinor, std::int16_t latestRevision,
+                    std::int16_t runningMajor, std::int16_t runningMinor,
+                    std::int16_t runningRevision);
+
+// Start-up step 6 on TLMain's latest-version fields, read afresh for each comparison.
+bool LatestVersionIsNewer();
+
+KeyedCollection<TLStatusRow>& colContacts();
+KeyedCollection<TLNotes>& colNotes();
+KeyedCollection<TLStatus>& colStatuses();
+KeyedCollection<TLGroup>& colGroups();
+
+void ClearContacts();
+void ClearStatuses();
+void ClearGroups();
+
+} // namespace modTLMain
