@@ -81,10 +81,12 @@ bool LatestVersionIsNewer() {
 }
 
 bool Main() {
-    auto instance = std::make_unique<SingleInstance>();
-    if (!ClaimSingleInstance(*instance))
-        return false;
-    runningInstance() = std::move(instance);
+    if (!runningInstance()) {
+        auto instance = std::make_unique<SingleInstance>();
+        if (!ClaimSingleInstance(*instance))
+            return false;
+        runningInstance() = std::move(instance);
+    }
 
     modTLRegistry::LoadSettings();
     Form<frmTLSplash>().exec();

@@ -1,0 +1,163 @@
+#include "../platform/FreshUserFolders.h"
+#include "TestHttpServer.h"
+#include "base/Forms.h"
+#include "base/MsgBox.h"
+#include "config/frmTLSettings.h"
+#include "config/modTLRegistry.h"
+#include "platform/CommandLine.h"
+#include "platform/SettingsStore.h"
+#include "platform/SingleInstance.h"
+#include "shell/AppVersion.h"
+#include "shell/TLMain.h"
+#include "shell/frmTLSplash.h"
+#include "shell/modTLMain.h"
+#include "wire/RowsetWriter.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+QByteArray versionRowset(int major, int minor, int revision) {
+    wire::Rowset rowset;
+    const QStringList texts = {QStringLiteral("VersionString"), QStringLiteral("FTPSite"),
+                               QStringLiteral("FTPDirectory"),  QStringLiteral("FTPUpdateFileName"),
+                               QStringLiteral("FTPUserName"),   QStringLiteral("FTPPassword")};
+    const QStringList numbers = {QStringLiteral("VersionMajor"), QStringLiteral("VersionMinor"),
+                                 QStringLiteral("VersionRevision")};
+    int number = 1;
+    for (const QString& name : texts)
+        rowset.columns.push_back({name, name, number++, wire::FieldType::String, {}, 255, true});
+    for (const QString& name : numbers)
+        rowset.columns.push_back({name, name, number++, wire::FieldType::I2, {}, -1, true});
+    const QString version = QStringLiteral("%1.%2.%3").arg(major).arg(minor).arg(revision);
+    rowset.rows.push_back({version, QStringLiteral("ftp.example"), QStringLiteral("/tavlo"),
+                           QStringLiteral("Tavlo.exe"), QStringLiteral("update"),
+                           QStringLiteral("secret"), major, minor, revision});
+    return wire::RowsetWriter::write(rowset);
+}
+
+} // namespace
+
+// The start-up: one instance a user, the splash, the first request and the version decision.
+class TestStartup : public QObject {
+    Q_OBJECT
+    QList<MsgBoxCall> boxes;
+
+    void storeWebAddress(const QString& address) {
+        SettingsStore::WriteText(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                 QStringLiteral("WebAddress"), address);
+    }
+
+private slots:
+    void init() {
+        boxes.clear();
+        SetMsgBoxHook([this](const MsgBoxCall& call) {
+            boxes << call;
+            return int(vb::vbOK);
+        });
+        CommandLine::SetArguments(QStringList{});
+        TLMain().SetDataAccess(nullptr);
+        TLMain().SetFTP(nullptr);
+        TLMain().LatestVersionMajor = TLMain().LatestVersionMinor = 0;
+        TLMain().LatestVersionRevision = 0;
+    }
+    void cleanup() {
+        FormRegistry::instance().unloadAll();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    void versionComparison_data() {
+        QTest::addColumn<QList<int>>("latest");
+        QTest::addColumn<QList<int>>("running");
+        QTest::addColumn<bool>("newer");
+        QTest::newRow("same") << QList<int>{1, 4, 0} << QList<int>{1, 4, 0} << false;
+        QTest::newRow("major up") << QList<int>{2, 0, 0} << QList<int>{1, 9, 9} << true;
+        QTest::newRow("major down, minor up")
+            << QList<int>{1, 9, 9} << QList<int>{2, 0, 0} << false;
+        QTest::newRow("minor up") << QList<int>{1, 4, 0} << QList<int>{1, 3, 9} << true;
+        QTest::newRow("minor down, revision up")
+            << QList<int>{1, 3, 9} << QList<int>{1, 4, 0} << false;
+        QTest::newRow("revision up") << QList<int>{1, 4, 2} << QList<int>{1, 4, 1} << true;
+        QTest::newRow("revision down") << QList<int>{1, 4, 0} << QList<int>{1, 4, 1} << false;
+        QTest::newRow("nothing published") << QList<int>{0, 0, 0} << QList<int>{1, 0, 0} << false;
+    }
+    void versionComparison() {
+        QFETCH(QList<int>, latest);
+        QFETCH(QList<int>, running);
+        QFETCH(bool, newer);
+        auto v = [](int n) { return static_cast<std::int16_t>(n); };
+        QCOMPARE(modTLMain::IsNewerVersion(v(latest[0]), v(latest[1]), v(latest[2]), v(running[0]),
+                                           v(running[1]), v(running[2])),
+                 newer);
+    }
+
+    // A second instance tells the user, asks the first to raise its window, and must end.
+    void secondInstanceIsTurnedAway() {
+        const QString key =
+            QStringLiteral("tavlo-startup-test-%1").arg(QCoreApplication::applicationPid());
+        SingleInstance first(key);
+        QVERIFY(modTLMain::ClaimSingleInstance(first));
+        QVERIFY(boxes.isEmpty());
+        QSignalSpy raised(&first, &SingleInstance::RaiseRequested);
+
+        SingleInstance second(key);
+        QVERIFY(!modTLMain::ClaimSingleInstance(second));
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes[0].text, QStringLiteral("Tavlo is already open.  \r\rPlease check your "
+                                               "system tray in the lower right-hand corner."));
+        QCOMPARE(boxes[0].icon(), int(vb::vbInformation));
+        QCOMPARE(boxes[0].title, QStringLiteral("Tavlo"));
+        QVERIFY(raised.wait(3000));
+        QCOMPARE(raised.at(0).at(0).toString(), QStringLiteral("Tavlo"));
+    }
+
+    void splashShowsTheVersionForAMoment() {
+        auto& splash = Form<frmTLSplash>();
+        QCOMPARE(splash.lblVersion->text(), QStringLiteral("Version:"));
+        QCOMPARE(splash.lblVersionNumber->text(), AppVersion::Text());
+        QCOMPARE(splash.tmrDelay->interval(), 1500);
+        QVERIFY(splash.tmrDelay->isActive());
+        QElapsedTimer shown;
+        shown.start();
+        splash.exec(); // ends by its own timer
+        QVERIFY(shown.elapsed() >= 1400);
+        QVERIFY(!IsLoaded<frmTLSplash>());
+    }
+
+    // Server down: one message, the settings dialog on screen, no version data.
+    void serverDownAtStart() {
+        TestHttpServer server;
+        const QString address = server.baseUrl();
+        server.stop();
+        storeWebAddress(address);
+        QVERIFY(modTLMain::Main());
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes[0].text, QStringLiteral("Tavlo is unable to contact the server.\r\rPlease "
+                                               "check the connection settings."));
+        QVERIFY(IsLoaded<frmTLSettings>());
+        QVERIFY(Form<frmTLSettings>().isVisible());
+        QVERIFY(TLMain().DataAccess().blnErrored);
+        QCOMPARE(TLMain().LatestVersionReleased, QString());
+    }
+
+    // Server up: the version check is the first request and fills the version and transfer data.
+    void versionCheckIsTheFirstRequest() {
+        TestHttpServer server;
+        server.setAnswer({200, "text/xml", versionRowset(AppVersion::Major() + 1, 0, 0), 0});
+        storeWebAddress(server.baseUrl());
+        QVERIFY(modTLMain::Main());
+        QVERIFY(boxes.isEmpty());
+        QCOMPARE(server.requests().size(), 1);
+        QCOMPARE(server.requests()[0].body, QByteArray("strSQL=EXECUTE%20tl%5FVersionCheck"));
+        QCOMPARE(TLMain().LatestVersionReleased,
+                 QStringLiteral("%1.0.0").arg(AppVersion::Major() + 1));
+        QCOMPARE(TLMain().FTP().strFTPSite, QStringLiteral("ftp.example"));
+        QVERIFY(modTLMain::LatestVersionIsNewer());
+        QVERIFY(!Form<frmTLSettings>().isVisible());
+    }
+};
+
+TAVLO_TEST_MAIN_WITH(QApplication, TestStartup)
+#include "tst_startup.moc"
