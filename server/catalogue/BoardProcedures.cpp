@@ -1,0 +1,203 @@
+// The board's lists, one person's row, status changes, friends and chat state.
+#include "Board.h"
+#include "Catalogue.h"
+#include "RowsetFromQuery.h"
+#include "store/Database.h"
+
+namespace {
+
+using S = ArgShape;
+
+// The organisation of a user's contact, or 0.
+qint64 organizationOfUser(Database& db, const QVariant& userSys) {
+    if (userSys.isNull())
+        return 0;
+    QSqlQuery q = db.exec(QStringLiteral("SELECT c.organizationsys FROM users u JOIN contact c "
+                                         "ON c.contactsys = u.contactsys WHERE u.usersys = ?"),
+                          {userSys});
+    return q.next() ? q.value(0).toLongLong() : 0;
+}
+
+// Group, contact, organisation, user, location: each NULL means "any". Without an organisation
+// the asking user's own is listed.
+Answer getUserStatuses(Database& db, const Args& a) {
+    const QVariant group = a.count() > 0 ? a.value(0) : QVariant();
+    const QVariant contact = a.count() > 1 ? a.value(1) : QVariant();
+    QVariant organization = a.count() > 2 ? a.value(2) : QVariant();
+    const QVariant user = a.count() > 3 ? a.value(3) : QVariant();
+    const QVariant location = a.count() > 4 ? a.value(4) : QVariant();
+    QString where = QStringLiteral("1 = 1");
+    QVariantList values;
+    if (!contact.isNull()) {
+        where += QStringLiteral(" AND c.contactsys = ?");
+        values << contact;
+    } else {
+        if (organization.isNull())
+            organization = organizationOfUser(db, user);
+        where += QStringLiteral(" AND c.organizationsys = ?");
+        values << organization;
+    }
+    if (!group.isNull()) {
+        where += QStringLiteral(
+            " AND c.contactsys IN (SELECT contactsys FROM contactgroup WHERE groupsys = ?)");
+        values << group;
+    }
+    if (!location.isNull()) {
+        where += QStringLiteral(" AND c.organizationlocationsys = ?");
+        values << location;
+    }
+    return Board::people(db, user.isNull() ? 0 : user.toLongLong(), where, values);
+}
+
+Answer getMyFriendsList(Database& db, const Args& a) {
+    return Board::people(db, a.integer(0),
+                         QStringLiteral("c.contactsys IN (SELECT contactsys FROM friend WHERE "
+                                        "usersys = ?)"),
+                         {a.value(0)});
+}
+
+// Everyone of every organisation that is enabled.
+Answer getCompanyPeople(Database& db, const Args& a) {
+    return Board::people(db, a.integer(0), QStringLiteral("1 = 1"), {});
+}
+
+// With a user: the people of every organisation. Without: the organisations themselves.
+Answer getCompanyList(Database& db, const Args& a) {
+    if (a.count() == 1)
+        return getCompanyPeople(db, a);
+    QSqlQuery q = db.exec(QStringLiteral(
+        "SELECT organizationsys AS \"OrganizationSys\", name AS \"Name\", description AS "
+        "\"Description\", address1 AS \"Address1\" FROM organization WHERE disabled = 0 "
+        "ORDER BY name, organizationsys"));
+    return RowsetFromQuery(q);
+}
+
+Answer searchContacts(Database& db, const Args& a) {
+    QString where = QStringLiteral("1 = 1");
+    QVariantList values;
+    if (!a.isNull(0) && !a.text(0).isEmpty()) {
+        where += QStringLiteral(" AND (LOWER(c.lastname) LIKE LOWER(?) OR LOWER(c.firstname) "
+                                "LIKE LOWER(?) OR LOWER(c.lastname || ', ' || c.firstname) LIKE "
+                                "LOWER(?))");
+        values << a.text(0) << a.text(0) << a.text(0);
+    }
+    if (!a.isNull(1) && a.integer(1) != 0) {
+        where += QStringLiteral(" AND c.organizationsys = ?");
+        values << a.value(1);
+    }
+    if (!a.isNull(2) && !a.text(2).isEmpty()) {
+        where += QStringLiteral(" AND c.ext LIKE ?");
+        values << a.text(2);
+    }
+    return Board::people(db, a.isNull(3) ? 0 : a.integer(3), where, values);
+}
+
+Answer getContactStatus(Database& db, const Args& a) {
+    QSqlQuery q = db.exec(
+        QStringLiteral("SELECT s.statussys AS \"StatusSys\", s.statustext AS \"Status\", "
+                       "s.colorsys AS \"ColorSys\", k.colorcode AS \"ColorCode\", "
+                       "s.picturelocation AS \"StatusPictureLocation\", c.comment AS \"comment\" "
+                       "FROM contact c LEFT JOIN status s ON s.statussys = c.statussys "
+                       "LEFT JOIN color k ON k.colorsys = s.colorsys WHERE c.contactsys = ?"),
+        {a.value(0)});
+    return RowsetFromQuery(q);
+}
+
+Answer contactColumns(Database& db, const QString& where, const QVariantList& values) {
+    QSqlQuery q = db.exec(
+        QStringLiteral(
+            "SELECT c.contactsys AS \"ContactSys\", c.firstname AS \"FirstName\", "
+            "c.lastname AS \"LastName\", u.usersys AS \"UserSys\", u.username AS \"UserName\", "
+            "c.organizationsys AS \"OrganizationSys\", c.phone AS \"Phone\", c.fax AS \"Fax\", "
+            "c.ext AS \"Ext\", c.position AS \"Position\", c.emailaddress AS \"EmailAddress\", "
+            "c.picturelocation AS \"ContactPictureLocation\", c.pager AS \"Pager\", "
+            "c.cell AS \"Cell\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homephone END AS \"HomePhone\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homeaddress END AS \"HomeAddress\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homecity END AS \"HomeCity\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homestate END AS \"HomeState\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homezip END AS \"HomeZip\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homefax END AS \"HomeFax\", "
+            "CASE WHEN c.showhomeinfo = 1 THEN c.homeemail END AS \"HomeEMail\", "
+            "c.hiredate AS \"HireDate\", c.dateadded AS \"DateAdded\", c.tooltip AS \"ToolTip\", "
+            "c.showhomeinfo AS \"ShowHomeInfo\" FROM contact c "
+            "LEFT JOIN users u ON u.contactsys = c.contactsys AND u.removed = 0 WHERE ") +
+            where + QStringLiteral(" ORDER BY c.lastname, c.firstname, c.contactsys"),
+        values);
+    return RowsetFromQuery(q);
+}
+
+Answer setStatus(Database& db, const Args& a) {
+    const QString moment = Board::storedMoment(a.value(2), a.value(3));
+    db.write([&] {
+        db.exec(QStringLiteral("UPDATE contact SET statussys = ?, returnat = ?, comment = ?, "
+                               "statussetby = ?, statussetat = ? WHERE contactsys = ?"),
+                {a.value(1), moment.isEmpty() ? QVariant() : QVariant(moment), a.value(4),
+                 a.value(5), Board::now(), a.value(0)});
+    });
+    return std::nullopt;
+}
+
+// The friend is named by contact key (check box) or by user key (menu); the two key ranges
+// never overlap, so a contact key is tried first.
+Answer addFriend(Database& db, const Args& a) {
+    db.write([&] {
+        QSqlQuery q =
+            db.exec(QStringLiteral("SELECT contactsys FROM contact WHERE contactsys = ? UNION ALL "
+                                   "SELECT contactsys FROM users WHERE usersys = ?"),
+                    {a.value(1), a.value(1)});
+        if (!q.next())
+            return;
+        const QVariant contact = q.value(0);
+        QSqlQuery exists =
+            db.exec(QStringLiteral("SELECT 1 FROM friend WHERE usersys = ? AND contactsys = ?"),
+                    {a.value(0), contact});
+        if (!exists.next())
+            db.exec(QStringLiteral("INSERT INTO friend (usersys, contactsys) VALUES (?, ?)"),
+                    {a.value(0), contact});
+    });
+    return std::nullopt;
+}
+
+Answer removeFriend(Database& db, const Args& a) {
+    db.write([&] {
+        db.exec(QStringLiteral("DELETE FROM friend WHERE usersys = ? AND contactsys = ?"),
+                {a.value(0), a.value(1)});
+    });
+    return std::nullopt;
+}
+
+Answer updateChatStatus(Database& db, const Args& a) {
+    db.write([&] {
+        db.exec(QStringLiteral("UPDATE contact SET chatstatus = ? WHERE contactsys = ?"),
+                {a.integer(1) == 0 ? 0 : 1, a.value(0)});
+    });
+    return std::nullopt;
+}
+
+} // namespace
+
+void registerBoardProcedures() {
+    auto& c = Catalogue::instance();
+    c.add(QStringLiteral("tl_GetUserStatuses"),
+          {{S::IntOrNull, S::IntOrNull, S::IntOrNull, S::IntOrNull, S::IntOrNull},
+           {S::IntOrNull, S::IntOrNull, S::IntOrNull, S::IntOrNull},
+           {S::IntOrNull, S::Int}},
+          getUserStatuses);
+    c.add(QStringLiteral("tl_GetMyFriendsList"), {{S::Int, S::IntOrNull}}, getMyFriendsList);
+    c.add(QStringLiteral("tl_SearchContacts"),
+          {{S::TextOrNull, S::IntOrNull, S::TextOrNull, S::IntOrNull}}, searchContacts);
+    c.add(QStringLiteral("tl_GetContactStatus"), {{S::Int}}, getContactStatus);
+    c.add(QStringLiteral("tl_GetContactInformation"), {{S::Int}}, [](Database& db, const Args& a) {
+        return contactColumns(db, QStringLiteral("c.contactsys = ?"), {a.value(0)});
+    });
+    c.add(QStringLiteral("tl_GetContactList"), {{S::Int}}, [](Database& db, const Args& a) {
+        return contactColumns(db, QStringLiteral("c.organizationsys = ?"), {a.value(0)});
+    });
+    c.add(QStringLiteral("tl_SetStatus"),
+          {{S::Int, S::Int, S::TextOrNull, S::TextOrNull, S::TextOrNull, S::Int}}, setStatus);
+    c.add(QStringLiteral("tl_MyFriendsAdd"), {{S::Int, S::Int}}, addFriend);
+    c.add(QStringLiteral("tl_MyFriendsRemove"), {{S::Int, S::Int}}, removeFriend);
+    c.add(QStringLiteral("tl_UpdateChatStatus"), {{S::Int, S::Int}}, updateChatStatus);
+    c.add(QStringLiteral("tl_GetCompanyList"), {{S::Int}, {}}, getCompanyList);
+}

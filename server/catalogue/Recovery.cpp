@@ -1,0 +1,109 @@
+#include "Recovery.h"
+
+#include "store/Database.h"
+#include "store/PasswordHash.h"
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QHash>
+#include <QMutex>
+#include <sodium.h>
+
+namespace Recovery {
+namespace {
+
+QMutex& lock() {
+    static QMutex mutex;
+    return mutex;
+}
+QString& baseUrl() {
+    static QString url = QStringLiteral("http://127.0.0.1:8080");
+    return url;
+}
+struct Pending {
+    QString link;
+    QDateTime expires;
+};
+QHash<QString, Pending>& pending() {
+    static QHash<QString, Pending> links;
+    return links;
+}
+
+QString hashOf(const QString& token) {
+    return QString::fromLatin1(
+        QCryptographicHash::hash(token.toLatin1(), QCryptographicHash::Sha256).toHex());
+}
+
+QString stamp(const QDateTime& moment) {
+    return moment.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
+} // namespace
+
+void SetPublicBaseUrl(const QString& url) {
+    QMutexLocker guard(&lock());
+    baseUrl() = url;
+}
+
+QString PublicBaseUrl() {
+    QMutexLocker guard(&lock());
+    return baseUrl();
+}
+
+void Issue(Database& db, qint64 userSys, const QString& emailAddress) {
+    unsigned char bytes[32];
+    randombytes_buf(bytes, sizeof bytes);
+    const QString token =
+        QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(bytes), sizeof bytes).toHex());
+    const QDateTime expires = QDateTime::currentDateTime().addSecs(3600);
+    db.write([&] {
+        db.exec(
+            QStringLiteral(
+                "INSERT INTO resettoken (tokenhash, usersys, expires, used) VALUES (?, ?, ?, 0)"),
+            {hashOf(token), userSys, stamp(expires)});
+    });
+    QMutexLocker guard(&lock());
+    pending().insert(emailAddress.trimmed().toLower(),
+                     {baseUrl() + QStringLiteral("/reset?token=") + token, expires});
+}
+
+std::optional<QString> TakeLink(const QString& emailAddress) {
+    QMutexLocker guard(&lock());
+    const auto found = pending().find(emailAddress.trimmed().toLower());
+    if (found == pending().end())
+        return std::nullopt;
+    const Pending entry = found.value();
+    pending().erase(found);
+    if (entry.expires < QDateTime::currentDateTime())
+        return std::nullopt;
+    return entry.link;
+}
+
+std::optional<qint64> UserOfToken(Database& db, const QString& token) {
+    if (token.size() != 64)
+        return std::nullopt;
+    QSqlQuery q = db.exec(QStringLiteral("SELECT usersys, expires FROM resettoken WHERE "
+                                         "tokenhash = ? AND used = 0"),
+                          {hashOf(token)});
+    if (!q.next() || q.value(1).toString() < stamp(QDateTime::currentDateTime()))
+        return std::nullopt;
+    return q.value(0).toLongLong();
+}
+
+bool Reset(Database& db, const QString& token, const QString& newPassword) {
+    const auto user = UserOfToken(db, token);
+    if (!user)
+        return false;
+    const QString hashed = PasswordHash::hash(newPassword);
+    return db.write([&] {
+        QSqlQuery spent = db.exec(
+            QStringLiteral("UPDATE resettoken SET used = 1 WHERE tokenhash = ? AND used = 0"),
+            {hashOf(token)});
+        if (spent.numRowsAffected() != 1)
+            return false;
+        db.exec(QStringLiteral("UPDATE users SET passwordhash = ? WHERE usersys = ?"),
+                {hashed, *user});
+        return true;
+    });
+}
+
+} // namespace Recovery

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+class Database;
+
+// Password recovery without a secret on the wire: a one-time reset link, valid an hour, that
+// reaches the user only inside the recovery mail.
+namespace Recovery {
+
+// The address the links point at ("http://host:port"); set when serving starts.
+void SetPublicBaseUrl(const QString& url);
+QString PublicBaseUrl();
+
+// Makes a token for the user, keeps only its hash in the store, and remembers the link for
+// the next recovery mail to that address.
+void Issue(Database& db, qint64 userSys, const QString& emailAddress);
+// The pending link for a recovery mail to that address (taken: at most once), if any.
+std::optional<QString> TakeLink(const QString& emailAddress);
+
+// The user a token is good for, if it is known, unused and not expired.
+std::optional<qint64> UserOfToken(Database& db, const QString& token);
+// Sets the new password and spends the token; false when the token isn't good.
+bool Reset(Database& db, const QString& token, const QString& newPassword);
+
+} // namespace Recovery

@@ -1,0 +1,168 @@
+// Sign-in, sessions, rights, key reservation, the version check and error reports.
+#include "Board.h"
+#include "Catalogue.h"
+#include "RowsetFromQuery.h"
+#include "store/Database.h"
+#include "store/PasswordHash.h"
+#include <QHash>
+
+namespace {
+
+using S = ArgShape;
+
+const QString kSignInColumns = QStringLiteral(
+    "SELECT CASE WHEN u.removed = 0 THEN 1 ELSE 0 END AS \"ActiveUser\", "
+    "CASE WHEN o.disabled = 0 THEN 1 ELSE 0 END AS \"ActiveOrganization\", "
+    "o.chatdisabled AS \"ChatDisabled\", c.contactsys AS \"ContactSys\", "
+    "u.usersys AS \"UserSys\", u.username AS \"UserName\", c.chatstatus AS \"ChatStatus\", "
+    "c.organizationlocationsys AS \"OrganizationLocationSys\", "
+    "o.organizationsys AS \"OrganizationSys\", o.name AS \"Name\", "
+    "o.description AS \"Description\", o.address1 AS \"Address1\", "
+    "c.firstname AS \"FirstName\", c.lastname AS \"LastName\", c.phone AS \"Phone\", "
+    "c.fax AS \"Fax\", c.ext AS \"Ext\", c.position AS \"Position\", "
+    "c.emailaddress AS \"EmailAddress\", c.picturelocation AS \"ContactPictureLocation\", "
+    "c.pager AS \"Pager\", c.cell AS \"Cell\", c.hiredate AS \"HireDate\", "
+    "c.dateadded AS \"DateAdded\", c.tooltip AS \"ToolTip\", c.showhomeinfo AS \"ShowHomeInfo\" "
+    "FROM users u JOIN contact c ON c.contactsys = u.contactsys "
+    "JOIN organization o ON o.organizationsys = c.organizationsys WHERE u.usersys = ?");
+
+// One row when the name and password match (even for a removed account or a disabled
+// organisation, which the row says), no row otherwise.
+Answer loginCheck(Database& db, const Args& a) {
+    qint64 userSys = -1;
+    QSqlQuery q = db.exec(QStringLiteral("SELECT usersys, passwordhash FROM users WHERE "
+                                         "LOWER(username) = LOWER(?)"),
+                          {a.text(0)});
+    while (q.next())
+        if (PasswordHash::verify(q.value(1).toString(), a.text(1)))
+            userSys = q.value(0).toLongLong();
+    QSqlQuery row = db.exec(kSignInColumns, {userSys});
+    return RowsetFromQuery(row);
+}
+
+Answer openSession(Database& db, const Args& a) {
+    db.write([&] {
+        db.exec(
+            QStringLiteral("INSERT INTO sessions (sessionsys, salesmansys, sessiondetails, "
+                           "logindate, computername, ipaddress, usersys) VALUES "
+                           "(?, ?, ?, ?, ?, ?, ?)"),
+            {a.value(0), a.value(1), a.value(2), Board::now(), a.value(4), a.value(5), a.value(6)});
+    });
+    return std::nullopt;
+}
+
+Answer closeSession(Database& db, const Args& a) {
+    db.write([&] {
+        db.exec(QStringLiteral("UPDATE sessions SET logoutdate = ? WHERE sessionsys = ?"),
+                {Board::now(), a.value(0)});
+    });
+    return std::nullopt;
+}
+
+// The table and key column behind each key word, so a fresh counter starts past the keys
+// already used.
+const QHash<QString, QPair<QString, QString>>& keyTables() {
+    static const QHash<QString, QPair<QString, QString>> tables = {
+        {QStringLiteral("contact"), {QStringLiteral("contact"), QStringLiteral("contactsys")}},
+        {QStringLiteral("user"), {QStringLiteral("users"), QStringLiteral("usersys")}},
+        {QStringLiteral("organization"),
+         {QStringLiteral("organization"), QStringLiteral("organizationsys")}},
+        {QStringLiteral("status"), {QStringLiteral("status"), QStringLiteral("statussys")}},
+        {QStringLiteral("note"), {QStringLiteral("note"), QStringLiteral("notesys")}},
+        {QStringLiteral("organizationlocation"),
+         {QStringLiteral("location"), QStringLiteral("organizationlocationsys")}},
+        {QStringLiteral("color"), {QStringLiteral("color"), QStringLiteral("colorsys")}},
+        {QStringLiteral("session"), {QStringLiteral("sessions"), QStringLiteral("sessionsys")}},
+        {QStringLiteral("preference"), {}},
+        {QStringLiteral("statuscolor"), {}},
+        {QStringLiteral("download"), {}},
+        {QStringLiteral("securitygroup"), {}},
+        {QStringLiteral("securityobject"), {}},
+        {QStringLiteral("contactgroup"), {}},
+        {QStringLiteral("organizationgroup"), {}},
+        {QStringLiteral("usercontact"), {}},
+        {QStringLiteral("userorganization"), {}},
+        {QStringLiteral("image"), {}}};
+    return tables;
+}
+
+// Reserves the next key of a table word; each call gets a key no other call gets.
+Answer getSysVB(Database& db, const Args& a) {
+    const QString word = a.text(0).trimmed().toLower();
+    wire::Rowset rowset;
+    rowset.columns.push_back({QStringLiteral("NextAvailableSys"),
+                              QStringLiteral("NextAvailableSys"),
+                              1,
+                              wire::FieldType::I4,
+                              {},
+                              4,
+                              true});
+    const auto table = keyTables().constFind(word);
+    if (table == keyTables().constEnd())
+        return rowset; // no such word: no row
+    const qint64 key = db.write([&] {
+        QSqlQuery current =
+            db.exec(QStringLiteral("SELECT next_sys FROM sysnumber WHERE word = ?"), {word});
+        qint64 next = 1;
+        if (current.next()) {
+            next = current.value(0).toLongLong();
+            current.finish();
+        } else if (!table->first.isEmpty()) {
+            QSqlQuery top =
+                db.exec(QStringLiteral("SELECT MAX(%1) FROM %2").arg(table->second, table->first));
+            if (top.next() && !top.value(0).isNull())
+                next = top.value(0).toLongLong() + 1;
+        }
+        db.exec(QStringLiteral("DELETE FROM sysnumber WHERE word = ?"), {word});
+        db.exec(QStringLiteral("INSERT INTO sysnumber (word, next_sys) VALUES (?, ?)"),
+                {word, next + 1});
+        return next;
+    });
+    rowset.rows.push_back({QVariant(key)});
+    return rowset;
+}
+
+Answer getUserSecurity(Database& db, const Args& a) {
+    QSqlQuery q = db.exec(QStringLiteral("SELECT securityobjectsys AS \"SecurityObjectSys\" FROM "
+                                         "usersecurity WHERE usersys = ? ORDER BY 1"),
+                          {a.value(0)});
+    return RowsetFromQuery(q);
+}
+
+Answer versionCheck(Database& db, const Args&) {
+    QSqlQuery q = db.exec(QStringLiteral(
+        "SELECT versionstring AS \"VersionString\", major AS \"VersionMajor\", minor AS "
+        "\"VersionMinor\", revision AS \"VersionRevision\", ftpsite AS \"FTPSite\", ftpdirectory "
+        "AS \"FTPDirectory\", ftpfile AS \"FTPUpdateFileName\", ftpuser AS \"FTPUserName\", "
+        "ftppassword AS \"FTPPassword\" FROM versioninfo ORDER BY versionsys DESC"));
+    return RowsetFromQuery(q);
+}
+
+Answer logAnomaly(Database& db, const Args& a) {
+    db.write([&] {
+        QSqlQuery top =
+            db.exec(QStringLiteral("SELECT COALESCE(MAX(anomalysys), 0) + 1 FROM anomaly"));
+        top.next();
+        db.exec(QStringLiteral("INSERT INTO anomaly (anomalysys, loggedat, errortext, errornumber, "
+                               "procedurename, program, contactsys, note, computername) VALUES "
+                               "(?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                {top.value(0), Board::now(), a.value(0), a.value(1), a.value(2), a.value(3),
+                 a.value(4), a.value(5), a.value(6)});
+    });
+    return std::nullopt;
+}
+
+} // namespace
+
+void registerSignInProcedures() {
+    auto& c = Catalogue::instance();
+    c.add(QStringLiteral("LoginCheck"), {{S::Text, S::Text}}, loginCheck);
+    c.add(QStringLiteral("<sessions insert>"),
+          {{S::Int, S::Int, S::Text, S::GetDate, S::Text, S::Text, S::Int}}, openSession);
+    c.add(QStringLiteral("<sessions update>"), {{S::Int}}, closeSession);
+    c.add(QStringLiteral("GetSysVB"), {{S::Text}}, getSysVB);
+    c.add(QStringLiteral("tl_GetUserSecurity"), {{S::Int}}, getUserSecurity);
+    c.add(QStringLiteral("tl_VersionCheck"), {{}}, versionCheck);
+    c.add(QStringLiteral("LogAnomaly"),
+          {{S::Text, S::Int, S::Text, S::Text, S::Int, S::Text, S::Text}}, logAnomaly);
+}

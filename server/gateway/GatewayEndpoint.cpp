@@ -1,0 +1,67 @@
+#include "GatewayEndpoint.h"
+
+#include "catalogue/Catalogue.h"
+#include "store/Database.h"
+#include "wire/FormEncoding.h"
+#include "wire/RowsetWriter.h"
+#include "wire/Statement.h"
+#include <QTextStream>
+#include <exception>
+
+namespace {
+
+QByteArray htmlPage(const QString& title, const QString& text) {
+    return QStringLiteral("<html><head><title>%1</title></head><body><h1>%1</h1><p>%2</p>"
+                          "</body></html>\n")
+        .arg(title.toHtmlEscaped(), text.toHtmlEscaped())
+        .toUtf8();
+}
+
+void logLine(const QString& line) {
+    QTextStream err(stderr);
+    err << line << '\n';
+    err.flush();
+}
+
+} // namespace
+
+GatewayEndpoint::GatewayEndpoint(Database& db) : m_db(db) {
+    registerCatalogue();
+}
+
+GatewayEndpoint::Reply GatewayEndpoint::refuse(const QString& peer, const QString& reason) {
+    logLine(QStringLiteral("refused from %1: %2").arg(peer, reason));
+    return {400, "text/html; charset=utf-8", htmlPage(QStringLiteral("Statement refused"), reason)};
+}
+
+GatewayEndpoint::Reply GatewayEndpoint::Handle(const QByteArray& formBody, const QString& peer) {
+    QString error;
+    const auto sql = wire::form::field(formBody, "strSQL", &error);
+    if (!sql)
+        return refuse(peer, error);
+    const auto statement = wire::StatementParser::parse(*sql, &error);
+    if (!statement)
+        return refuse(peer, error);
+    if (const auto reason = Catalogue::instance().refusal(*statement))
+        return refuse(peer, *reason);
+    try {
+        const Answer answer = Catalogue::instance().run(m_db, *statement);
+        if (!answer)
+            return {200, "text/html", QByteArray()};
+        return {200, "text/xml", wire::RowsetWriter::write(*answer)};
+    } catch (const std::exception& e) {
+        logLine(QStringLiteral("failed for %1: %2: %3")
+                    .arg(peer, statement->procedure, QString::fromLocal8Bit(e.what())));
+        return {500, "text/html; charset=utf-8",
+                htmlPage(QStringLiteral("Server error"), QStringLiteral("The statement failed."))};
+    }
+}
+
+bool GatewayEndpoint::Healthy() {
+    try {
+        m_db.exec(QStringLiteral("SELECT 1"));
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}

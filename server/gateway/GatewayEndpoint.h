@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+class Database;
+
+// What POST /XMLDemo.asp does with a body, apart from HTTP: decode the one form field, parse
+// it by the statement grammar, refuse anything the catalogue doesn't take, run the rest.
+class GatewayEndpoint {
+public:
+    struct Reply {
+        int status = 200;
+        QByteArray contentType;
+        QByteArray body;
+    };
+
+    explicit GatewayEndpoint(Database& db);
+    Reply Handle(const QByteArray& formBody, const QString& peer);
+    bool Healthy();
+
+private:
+    Reply refuse(const QString& peer, const QString& reason);
+    Database& m_db;
+};

@@ -1,0 +1,115 @@
+#include "GatewayServer.h"
+
+#include "GatewayEndpoint.h"
+#include "web/Pictures.h"
+#include "web/ResetPage.h"
+#include <httplib.h>
+#include <sys/socket.h>
+
+struct GatewayServer::Impl {
+    explicit Impl(Database& database) : db(database), endpoint(database) {}
+    Database& db;
+    GatewayEndpoint endpoint;
+    httplib::Server http;
+    int port = 0;
+    int socket = -1;
+};
+
+namespace {
+
+constexpr int kWorkers = 48;
+constexpr int kListenBacklog = 1024;
+constexpr size_t kPayloadLimit = 16 * 1024;
+
+void answerHtml(httplib::Response& res, int status, const QString& html) {
+    res.status = status;
+    res.set_content(html.toStdString(), "text/html; charset=utf-8");
+}
+
+} // namespace
+
+GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
+    auto& http = d->http;
+    http.set_tcp_nodelay(true);
+    http.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
+    http.set_keep_alive_max_count(100);
+    http.set_keep_alive_timeout(2);
+    http.set_read_timeout(5, 0);
+    http.set_write_timeout(5, 0);
+    http.set_payload_max_length(kPayloadLimit);
+    http.set_socket_options([this](socket_t sock) {
+        int yes = 1;
+        ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        d->socket = sock;
+    });
+
+    http.Post("/XMLDemo.asp", [this](const httplib::Request& req, httplib::Response& res) {
+        const GatewayEndpoint::Reply reply = d->endpoint.Handle(
+            QByteArray::fromStdString(req.body), QString::fromStdString(req.remote_addr));
+        res.status = reply.status;
+        res.set_content(reply.body.toStdString(), reply.contentType.toStdString());
+    });
+    http.Get("/healthz", [this](const httplib::Request&, httplib::Response& res) {
+        const bool ok = d->endpoint.Healthy();
+        res.status = ok ? 200 : 503;
+        res.set_content(ok ? "ok\n" : "database unavailable\n", "text/plain");
+    });
+    auto reset = [this](const httplib::Request& req, httplib::Response& res) {
+        QHash<QString, QString> fields;
+        for (const auto& [name, value] : req.params)
+            fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+        const ResetPage::Page page = ResetPage::Handle(d->db, req.method == "POST", fields);
+        answerHtml(res, page.status, page.html);
+    };
+    http.Get("/reset", reset);
+    http.Post("/reset", reset);
+    http.Get(R"(/pictures/([A-Za-z0-9_-]{1,40})\.png)",
+             [](const httplib::Request& req, httplib::Response& res) {
+                 const QByteArray png = Pictures::Png(QString::fromStdString(req.matches[1]));
+                 if (png.isEmpty()) {
+                     res.status = 404;
+                     return;
+                 }
+                 res.set_content(png.toStdString(), "image/png");
+             });
+    http.set_exception_handler(
+        [](const httplib::Request&, httplib::Response& res, std::exception_ptr) {
+            answerHtml(res, 500, QStringLiteral("<html><body><h1>Server error</h1></body></html>"));
+        });
+    http.set_error_handler([](const httplib::Request&, httplib::Response& res) {
+        if (res.body.empty())
+            answerHtml(res, res.status,
+                       QStringLiteral("<html><body><h1>%1</h1></body></html>").arg(res.status));
+    });
+}
+
+GatewayServer::~GatewayServer() = default;
+
+bool GatewayServer::Bind(const QString& host, int port, QString* error) {
+    const std::string h = host.toStdString();
+    if (port == 0)
+        d->port = d->http.bind_to_any_port(h);
+    else
+        d->port = d->http.bind_to_port(h, port) ? port : -1;
+    if (d->port <= 0) {
+        if (error)
+            *error = QStringLiteral("cannot listen on %1:%2").arg(host).arg(port);
+        return false;
+    }
+    // The library listens with a queue of 5; a busy office opens more connections at once.
+    if (d->socket >= 0)
+        ::listen(d->socket, kListenBacklog);
+    return true;
+}
+
+int GatewayServer::Port() const {
+    return d->port;
+}
+
+void GatewayServer::Run() {
+    d->http.listen_after_bind();
+}
+
+void GatewayServer::Stop() {
+    d->http.stop();
+}

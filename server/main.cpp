@@ -1,0 +1,152 @@
+// tavlo-server: the server behind the client's gateway.
+//   tavlo-server serve [--listen HOST:PORT] [--db URL] [--smtp smtp://host:port] [--public-url URL]
+//   tavlo-server init|demo|outbox|anomalies [--db URL]
+#include "catalogue/Recovery.h"
+#include "gateway/GatewayServer.h"
+#include "mail/Outbox.h"
+#include "store/Database.h"
+#include "store/DemoOrganisation.h"
+#include <QCommandLineParser>
+#include <QDir>
+#include <QGuiApplication>
+#include <QSqlQuery>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QThread>
+#include <csignal>
+#include <thread>
+
+namespace {
+
+GatewayServer* g_server = nullptr;
+
+void stopOnSignal(int) {
+    if (g_server)
+        g_server->Stop();
+}
+
+QString defaultDatabase() {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    QDir().mkpath(folder);
+    return QStringLiteral("sqlite:") + folder + QStringLiteral("/tavlo.db");
+}
+
+int serve(Database& db, const QString& listen, const QString& smtp, const QString& publicUrl) {
+    const qsizetype colon = listen.lastIndexOf(QLatin1Char(':'));
+    bool portOk = false;
+    const int port = colon > 0 ? listen.mid(colon + 1).toInt(&portOk) : 0;
+    if (colon <= 0 || !portOk || port < 0 || port > 65535) {
+        QTextStream(stderr) << "--listen takes HOST:PORT, as in 127.0.0.1:8080\n";
+        return 2;
+    }
+    const QString host = listen.left(colon);
+    GatewayServer server(db);
+    QString error;
+    if (!server.Bind(host, port, &error)) {
+        QTextStream(stderr) << error << '\n';
+        return 1;
+    }
+    Recovery::SetPublicBaseUrl(publicUrl.isEmpty()
+                                   ? QStringLiteral("http://%1:%2").arg(host).arg(server.Port())
+                                   : publicUrl);
+    g_server = &server;
+    std::signal(SIGINT, stopOnSignal);
+    std::signal(SIGTERM, stopOnSignal);
+    QTextStream(stdout) << "listening on " << host << ':' << server.Port() << Qt::endl;
+
+    std::atomic<bool> running{true};
+    std::thread mailer;
+    if (!smtp.isEmpty())
+        mailer = std::thread([&] {
+            Database mailDb(db.url());
+            while (running) {
+                Outbox::DeliverWaiting(mailDb, smtp);
+                for (int i = 0; i < 50 && running; ++i)
+                    QThread::msleep(100);
+            }
+        });
+    server.Run();
+    running = false;
+    if (mailer.joinable())
+        mailer.join();
+    g_server = nullptr;
+    return 0;
+}
+
+int listAnomalies(Database& db) {
+    QSqlQuery q =
+        db.exec(QStringLiteral("SELECT anomalysys, loggedat, errornumber, procedurename, "
+                               "program, contactsys, computername, errortext FROM anomaly "
+                               "ORDER BY anomalysys"));
+    QTextStream out(stdout);
+    while (q.next()) {
+        QStringList fields;
+        for (int i = 0; i < 8; ++i)
+            fields << q.value(i).toString();
+        out << fields.join(QLatin1Char('\t')) << '\n';
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    // Pictures are drawn with QtGui; no window is ever opened.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("tavlo-server"));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("The Tavlo server."));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("command"),
+                                 QStringLiteral("serve, init, demo, outbox or anomalies"));
+    parser.addOption({QStringLiteral("db"),
+                      QStringLiteral("sqlite:PATH or postgresql://user@host:port/db"),
+                      QStringLiteral("url")});
+    parser.addOption({QStringLiteral("listen"),
+                      QStringLiteral("HOST:PORT to serve on (port 0: any free one)"),
+                      QStringLiteral("address"), QStringLiteral("127.0.0.1:8080")});
+    parser.addOption({QStringLiteral("smtp"),
+                      QStringLiteral("deliver the outbox through smtp://host:port"),
+                      QStringLiteral("url")});
+    parser.addOption({QStringLiteral("public-url"),
+                      QStringLiteral("address that recovery links point at"),
+                      QStringLiteral("url")});
+    parser.process(app);
+    const QStringList args = parser.positionalArguments();
+    if (args.size() != 1) {
+        QTextStream(stderr) << "Usage: tavlo-server serve|init|demo|outbox|anomalies [--db URL]\n";
+        return 2;
+    }
+    const QString command = args.first();
+    try {
+        Database db(parser.isSet(QStringLiteral("db")) ? parser.value(QStringLiteral("db"))
+                                                       : defaultDatabase());
+        if (command == QStringLiteral("init")) {
+            db.createSchema();
+            return 0;
+        }
+        if (command == QStringLiteral("demo")) {
+            for (const QString& line : DemoOrganisation::Create(db))
+                QTextStream(stdout) << line << '\n';
+            return 0;
+        }
+        db.createSchema();
+        if (command == QStringLiteral("serve"))
+            return serve(db, parser.value(QStringLiteral("listen")),
+                         parser.value(QStringLiteral("smtp")),
+                         parser.value(QStringLiteral("public-url")));
+        if (command == QStringLiteral("outbox")) {
+            for (const QString& line : Outbox::List(db))
+                QTextStream(stdout) << line << '\n';
+            return 0;
+        }
+        if (command == QStringLiteral("anomalies"))
+            return listAnomalies(db);
+        QTextStream(stderr) << "unknown command: " << command << '\n';
+        return 2;
+    } catch (const std::exception& e) {
+        QTextStream(stderr) << "tavlo-server: " << e.what() << '\n';
+        return 1;
+    }
+}

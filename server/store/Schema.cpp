@@ -1,0 +1,81 @@
+#include "Schema.h"
+
+namespace Schema {
+namespace {
+
+struct Table {
+    const char* name;
+    const char* columns;
+};
+
+// Keys are plain integers handed out by the key reservation (GetSysVB), as the client expects.
+const Table kTables[] = {
+    {"meta", "name TEXT PRIMARY KEY, value TEXT NOT NULL"},
+    {"sysnumber", "word TEXT PRIMARY KEY, next_sys INTEGER NOT NULL"},
+    {"color", "colorsys INTEGER PRIMARY KEY, colorcode TEXT NOT NULL"},
+    {"organization",
+     "organizationsys INTEGER PRIMARY KEY, name TEXT NOT NULL, description TEXT, address1 TEXT, "
+     "disabled INTEGER NOT NULL DEFAULT 0, chatdisabled INTEGER NOT NULL DEFAULT 0"},
+    {"location", "organizationlocationsys INTEGER PRIMARY KEY, organizationsys INTEGER NOT NULL, "
+                 "locationname TEXT NOT NULL"},
+    {"status", "statussys INTEGER PRIMARY KEY, organizationsys INTEGER, statustext TEXT NOT NULL, "
+               "colorsys INTEGER, picturelocation TEXT, sortorder INTEGER NOT NULL DEFAULT 0"},
+    {"contact",
+     "contactsys INTEGER PRIMARY KEY, organizationsys INTEGER NOT NULL, "
+     "organizationlocationsys INTEGER, firstname TEXT, lastname TEXT, phone TEXT, fax TEXT, "
+     "ext TEXT, position TEXT, emailaddress TEXT, picturelocation TEXT, pager TEXT, cell TEXT, "
+     "homephone TEXT, homeaddress TEXT, homecity TEXT, homestate TEXT, homezip TEXT, "
+     "homefax TEXT, homeemail TEXT, hiredate TEXT, dateadded TEXT, tooltip TEXT, "
+     "showhomeinfo INTEGER NOT NULL DEFAULT 0, statussys INTEGER NOT NULL DEFAULT 3, "
+     "comment TEXT, returnat TEXT, statussetby INTEGER, statussetat TEXT, "
+     "chatstatus INTEGER NOT NULL DEFAULT 0"},
+    {"users", "usersys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, username TEXT NOT NULL "
+              "UNIQUE, passwordhash TEXT NOT NULL, removed INTEGER NOT NULL DEFAULT 0"},
+    {"usersecurity", "usersys INTEGER NOT NULL, securityobjectsys INTEGER NOT NULL, "
+                     "PRIMARY KEY (usersys, securityobjectsys)"},
+    {"grp", "groupsys INTEGER PRIMARY KEY, organizationsys INTEGER NOT NULL, parentsys INTEGER, "
+            "childsys INTEGER, name TEXT NOT NULL, description TEXT"},
+    {"contactgroup", "groupsys INTEGER NOT NULL, contactsys INTEGER NOT NULL, "
+                     "PRIMARY KEY (groupsys, contactsys)"},
+    {"friend", "usersys INTEGER NOT NULL, contactsys INTEGER NOT NULL, "
+               "PRIMARY KEY (usersys, contactsys)"},
+    {"note", "notesys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, enteredbysys INTEGER, "
+             "notetext TEXT NOT NULL, private INTEGER NOT NULL DEFAULT 0, dateentered TEXT NOT "
+             "NULL, dateread TEXT, deleted INTEGER NOT NULL DEFAULT 0"},
+    {"sessions", "sessionsys INTEGER PRIMARY KEY, salesmansys INTEGER, sessiondetails TEXT, "
+                 "logindate TEXT, logoutdate TEXT, computername TEXT, ipaddress TEXT, "
+                 "usersys INTEGER"},
+    {"anomaly", "anomalysys INTEGER PRIMARY KEY, loggedat TEXT NOT NULL, errortext TEXT, "
+                "errornumber BIGINT, procedurename TEXT, program TEXT, contactsys INTEGER, "
+                "note TEXT, computername TEXT"},
+    {"outbox", "mailsys INTEGER PRIMARY KEY, queuedat TEXT NOT NULL, mailto TEXT, subject TEXT, "
+               "body TEXT, mailfrom TEXT, replyto TEXT, extra TEXT, sentat TEXT, lasterror TEXT"},
+    {"versioninfo", "versionsys INTEGER PRIMARY KEY, versionstring TEXT, major INTEGER, "
+                    "minor INTEGER, revision INTEGER, ftpsite TEXT, ftpdirectory TEXT, "
+                    "ftpfile TEXT, ftpuser TEXT, ftppassword TEXT"},
+    {"resettoken", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, expires TEXT NOT NULL, "
+                   "used INTEGER NOT NULL DEFAULT 0"},
+};
+
+} // namespace
+
+QStringList statements(bool postgres) {
+    QStringList out;
+    for (const Table& table : kTables) {
+        QString columns = QString::fromLatin1(table.columns);
+        if (!postgres)
+            columns.replace(QStringLiteral("BIGINT"), QStringLiteral("INTEGER"));
+        out << QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2)")
+                   .arg(QLatin1String(table.name), columns);
+    }
+    return out;
+}
+
+QStringList tables() {
+    QStringList out;
+    for (const Table& table : kTables)
+        out << QString::fromLatin1(table.name);
+    return out;
+}
+
+} // namespace Schema
