@@ -29,8 +29,12 @@ GatewayEndpoint::GatewayEndpoint(Database& db) : m_db(db) {
     registerCatalogue();
 }
 
-GatewayEndpoint::Reply GatewayEndpoint::refuse(const QString& peer, const QString& reason) {
+void GatewayEndpoint::LogRefusal(const QString& peer, const QString& reason) {
     logLine(QStringLiteral("refused from %1: %2").arg(peer, reason));
+}
+
+GatewayEndpoint::Reply GatewayEndpoint::refuse(const QString& peer, const QString& reason) {
+    LogRefusal(peer, reason);
     return {400, "text/html; charset=utf-8", htmlPage(QStringLiteral("Statement refused"), reason)};
 }
 

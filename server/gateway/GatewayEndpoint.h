@@ -18,6 +18,8 @@ public:
     explicit GatewayEndpoint(Database& db);
     Reply Handle(const QByteArray& formBody, const QString& peer);
     bool Healthy();
+    // One line on the error output for a request that was turned away.
+    static void LogRefusal(const QString& peer, const QString& reason);
 
 private:
     Reply refuse(const QString& peer, const QString& reason);

@@ -86,6 +86,12 @@ void Database::configure(QSqlDatabase& db) {
 QSqlQuery Database::exec(const QString& sql, const QVariantList& values) {
     QSqlQuery query(connection());
     query.setForwardOnly(true);
+    if (values.isEmpty()) {
+        // Nothing to bind (PostgreSQL can't prepare schema statements anyway).
+        if (!query.exec(sql))
+            fail(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)), query.lastError());
+        return query;
+    }
     if (!query.prepare(sql))
         fail(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)), query.lastError());
     for (const QVariant& value : values)

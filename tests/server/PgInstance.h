@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+// A private PostgreSQL for one test: its own cluster in a temp folder, on a free port with its
+// own socket folder, removed at the end. Needs the server binaries and, when running as root,
+// the "postgres" account to run them.
+class PgInstance {
+public:
+    PgInstance();
+    ~PgInstance();
+
+    bool available() const { return m_ready; }
+    QString reason() const { return m_reason; }
+    QString url() const; // postgresql://postgres@127.0.0.1:PORT/tavlo
+
+private:
+    bool runAsOwner(const QString& program, const QStringList& arguments, int timeoutMs);
+
+    QTemporaryDir m_dir;
+    QString m_bin;
+    QString m_data;
+    int m_port = 0;
+    bool m_started = false;
+    bool m_ready = false;
+    QString m_reason;
+};

@@ -1,0 +1,69 @@
+#include "TavloServerProcess.h"
+
+#include "PgInstance.h"
+#include <QElapsedTimer>
+#include <QRegularExpression>
+
+QString TavloServerProcess::executable() {
+    return QString::fromLocal8Bit(qgetenv("TAVLO_BINARY_DIR")) +
+           QStringLiteral("/server/tavlo-server");
+}
+
+bool TavloServerProcess::postgresRequested() {
+    return qgetenv("TAVLO_TEST_ENGINE") == "postgresql";
+}
+
+TavloServerProcess::TavloServerProcess(Data data) {
+    if (postgresRequested()) {
+        m_pg = std::make_unique<PgInstance>();
+        if (!m_pg->available()) {
+            m_failure = QStringLiteral("PostgreSQL can't start: ") + m_pg->reason();
+            return;
+        }
+        m_dbUrl = m_pg->url();
+    } else {
+        m_dbUrl = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("tavlo.db"));
+    }
+    const QString setup =
+        run({data == Data::Demo ? QStringLiteral("demo") : QStringLiteral("init")});
+    m_process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+    m_process.start(executable(), {QStringLiteral("serve"), QStringLiteral("--listen"),
+                                   QStringLiteral("127.0.0.1:0"), QStringLiteral("--db"), m_dbUrl});
+    QElapsedTimer waited;
+    waited.start();
+    static const QRegularExpression listening(
+        QStringLiteral("listening on 127\\.0\\.0\\.1:(\\d+)"));
+    QString out;
+    while (waited.elapsed() < 15000 && m_process.state() != QProcess::NotRunning) {
+        m_process.waitForReadyRead(200);
+        out += QString::fromLocal8Bit(m_process.readAllStandardOutput());
+        const auto match = listening.match(out);
+        if (match.hasMatch()) {
+            m_port = match.captured(1).toInt();
+            return;
+        }
+    }
+    m_failure = QStringLiteral("the server didn't start: ") + setup + log();
+}
+
+TavloServerProcess::~TavloServerProcess() {
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.terminate();
+        if (!m_process.waitForFinished(5000)) {
+            m_process.kill();
+            m_process.waitForFinished(2000);
+        }
+    }
+}
+
+QString TavloServerProcess::run(const QStringList& arguments) {
+    QProcess command;
+    command.start(executable(), arguments + QStringList{QStringLiteral("--db"), m_dbUrl});
+    command.waitForFinished(30000);
+    return QString::fromLocal8Bit(command.readAllStandardOutput() + command.readAllStandardError());
+}
+
+QString TavloServerProcess::log() {
+    m_log += QString::fromLocal8Bit(m_process.readAllStandardError());
+    return m_log;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+#include <memory>
+
+class PgInstance;
+
+// A real tavlo-server for a test: a fresh database in a temp folder (SQLite, or a private
+// PostgreSQL when TAVLO_TEST_ENGINE=postgresql), demo data if asked, serving on a free
+// loopback port, stopped with the object.
+class TavloServerProcess {
+public:
+    enum class Data { Empty, Demo };
+    explicit TavloServerProcess(Data data = Data::Demo);
+    ~TavloServerProcess();
+
+    bool started() const { return m_port > 0; }
+    QString failure() const { return m_failure; }
+    QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
+    QString dbUrl() const { return m_dbUrl; }
+    QString folder() const { return m_dir.path(); }
+    // Runs a one-off command of the server (outbox, anomalies, ...) on the same database.
+    QString run(const QStringList& arguments);
+    // What the server wrote to its error output so far.
+    QString log();
+
+    static QString executable();
+    static bool postgresRequested();
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<PgInstance> m_pg;
+    QString m_dbUrl;
+    QProcess m_process;
+    QString m_log;
+    QString m_failure;
+    int m_port = 0;
+};

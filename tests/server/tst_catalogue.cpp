@@ -1,0 +1,327 @@
+#include "ServerClient.h"
+#include "TavloServerProcess.h"
+#include "store/Database.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QLocale>
+#include <QtTest>
+#include <set>
+#include <thread>
+
+namespace {
+
+QStringList columnsOf(const wire::Recordset& rs) {
+    QStringList names;
+    for (const auto& column : rs.rowset().columns)
+        names << column.name;
+    return names;
+}
+
+QVariant field(const wire::Recordset& rs, const char* name) {
+    return rs.Fields(QLatin1String(name)).Value();
+}
+
+// Column sets the client reads from each kind of answer.
+const QStringList kStatusColumns = {"StatusSys", "Status", "ColorSys", "ColorCode",
+                                    "StatusPictureLocation"};
+const QStringList kContactColumns = {"FirstName",   "LastName",     "ContactSys",
+                                     "UserSys",     "UserName",     "OrganizationSys",
+                                     "Phone",       "Fax",          "Ext",
+                                     "Position",    "EmailAddress", "ContactPictureLocation",
+                                     "Pager",       "Cell",         "HomePhone",
+                                     "HomeAddress", "HomeCity",     "HomeState",
+                                     "HomeZip",     "HomeFax",      "HomeEMail",
+                                     "HireDate",    "DateAdded",    "ToolTip",
+                                     "ShowHomeInfo"};
+const QStringList kBoardExtras = {"ChatStatus", "comment", "returningtext", "myfriend"};
+
+void requireColumns(const wire::Recordset& rs, const QStringList& wanted) {
+    const QStringList have = columnsOf(rs);
+    for (const QString& name : wanted)
+        QVERIFY2(have.contains(name),
+                 qPrintable(name + QStringLiteral(" missing from ") + have.join(',')));
+}
+
+} // namespace
+
+// Every statement the client sends, as it sends it, against a real server with demo data.
+class TestCatalogue : public QObject {
+    Q_OBJECT
+    std::unique_ptr<TavloServerProcess> server;
+    std::unique_ptr<ServerClient> client;
+    std::unique_ptr<Database> db;
+
+    qint64 scalar(const QString& sql, const QVariantList& values = {}) {
+        QSqlQuery q = db->exec(sql, values);
+        return q.next() ? q.value(0).toLongLong() : -1;
+    }
+
+private slots:
+    void initTestCase() {
+        server = std::make_unique<TavloServerProcess>();
+        if (!server->started() && TavloServerProcess::postgresRequested() &&
+            qgetenv("CI") != "true" &&
+            server->failure().startsWith(QStringLiteral("PostgreSQL can't start")))
+            QSKIP(qPrintable(server->failure()));
+        QVERIFY2(server->started(), qPrintable(server->failure()));
+        client = std::make_unique<ServerClient>(server->baseUrl());
+        db = std::make_unique<Database>(server->dbUrl());
+    }
+    void cleanupTestCase() {
+        db.reset();
+        server.reset();
+    }
+
+    void signIn_data() {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("activeUser");
+        QTest::addColumn<int>("activeOrganization");
+        QTest::addColumn<int>("chatDisabled");
+        QTest::newRow("good") << "EXEC LoginCheck 'ann','demo'" << 1 << 1 << 1 << 0;
+        QTest::newRow("name any case") << "EXEC LoginCheck 'ANN','demo'" << 1 << 1 << 1 << 0;
+        QTest::newRow("bad password") << "EXEC LoginCheck 'ann','Demo'" << 0 << 0 << 0 << 0;
+        QTest::newRow("empty") << "EXEC LoginCheck '',''" << 0 << 0 << 0 << 0;
+        QTest::newRow("quote") << "EXEC LoginCheck 'o''brien','x'" << 0 << 0 << 0 << 0;
+        QTest::newRow("removed") << "EXEC LoginCheck 'dave','demo'" << 1 << 0 << 1 << 0;
+        QTest::newRow("disabled organisation")
+            << "EXEC LoginCheck 'ivo','demo'" << 1 << 1 << 0 << 0;
+        QTest::newRow("chat disabled") << "EXEC LoginCheck 'hana','demo'" << 1 << 1 << 1 << 1;
+    }
+    void signIn() {
+        QFETCH(QString, sql);
+        QFETCH(int, rows);
+        const auto rs = client->read(sql);
+        QVERIFY(rs);
+        QCOMPARE(rs->RecordCount(), long(rows));
+        if (rows == 0)
+            return;
+        QFETCH(int, activeUser);
+        QFETCH(int, activeOrganization);
+        QFETCH(int, chatDisabled);
+        QCOMPARE(field(*rs, "ActiveUser").toInt(), activeUser);
+        QCOMPARE(field(*rs, "ActiveOrganization").toInt(), activeOrganization);
+        QCOMPARE(field(*rs, "ChatDisabled").toInt(), chatDisabled);
+        requireColumns(*rs, {"ContactSys", "UserSys", "OrganizationLocationSys", "OrganizationSys",
+                             "Name", "Description", "Address1", "FirstName", "LastName"});
+    }
+
+    void sessionsOpenAndClose() {
+        const auto key = client->read(QStringLiteral("EXECUTE GetSysVB 'Session'"));
+        QVERIFY(key && !key->Eof());
+        const qint64 session = field(*key, "NextAvailableSys").toLongLong();
+        QVERIFY(client->write(
+            QStringLiteral(
+                "INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, LoginDate, "
+                "ComputerName,IPAddress,UserSys) VALUES (%1,1001,'tavlo v1.0.0',getdate(),'desk-7',"
+                "'10.0.0.7',5001)")
+                .arg(session)));
+        QCOMPARE(scalar(QStringLiteral("SELECT COUNT(*) FROM sessions WHERE sessionsys = ? AND "
+                                       "logoutdate IS NULL AND usersys = 5001"),
+                        {session}),
+                 1);
+        QVERIFY(client->write(
+            QStringLiteral("UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = %1")
+                .arg(session)));
+        QCOMPARE(scalar(QStringLiteral("SELECT COUNT(*) FROM sessions WHERE sessionsys = ? AND "
+                                       "logoutdate IS NOT NULL"),
+                        {session}),
+                 1);
+    }
+
+    // Keys are reserved: many callers at once never get the same one.
+    void keysAreReservedAtomically() {
+        std::vector<qint64> keys(40, 0);
+        std::vector<std::thread> callers;
+        for (size_t i = 0; i < keys.size(); ++i)
+            callers.emplace_back([&, i] {
+                const auto rs = client->read(QStringLiteral("EXECUTE GetSysVB 'Note'"));
+                keys[i] = rs && !rs->Eof() ? field(*rs, "NextAvailableSys").toLongLong() : 0;
+            });
+        for (auto& caller : callers)
+            caller.join();
+        const std::set<qint64> distinct(keys.begin(), keys.end());
+        QCOMPARE(distinct.size(), keys.size());
+        QVERIFY(*distinct.begin() > 3); // past the demo's notes
+        const auto unknown = client->read(QStringLiteral("EXECUTE GetSysVB 'Nothing'"));
+        QVERIFY(unknown && unknown->Eof());
+    }
+
+    void organisationLists() {
+        auto rs = client->read(QStringLiteral("EXECUTE tl_GetAvailableStatuses 1,5001,1001"));
+        QVERIFY(rs);
+        requireColumns(*rs, kStatusColumns);
+        QCOMPARE(rs->RecordCount(), 8L);
+        QCOMPARE(field(*rs, "StatusSys").toInt(), 3);
+        QCOMPARE(field(*rs, "Status").toString(), QStringLiteral("In"));
+
+        rs = client->read(QStringLiteral("EXECUTE tl_GetOrganizationGroups 1"));
+        QVERIFY(rs);
+        requireColumns(
+            *rs, {"GroupSys", "OrganizationSys", "ParentSys", "ChildSys", "Name", "Description"});
+        QCOMPARE(rs->RecordCount(), 3L);
+
+        rs = client->read(QStringLiteral("EXECUTE tl_GetOrganizationLocations 1"));
+        QVERIFY(rs);
+        requireColumns(*rs, {"LocationName", "OrganizationLocationSys"});
+        QCOMPARE(rs->RecordCount(), 2L);
+
+        rs = client->read(QStringLiteral("EXEC tl_GetAvailableColors 1,5001"));
+        QVERIFY(rs);
+        requireColumns(*rs, {"StatusSys", "ColorCode"});
+
+        rs = client->read(QStringLiteral("EXECUTE tl_GetUserSecurity 5001"));
+        QVERIFY(rs);
+        QCOMPARE(rs->RecordCount(), 2L);
+        rs = client->read(QStringLiteral("EXECUTE tl_GetUserSecurity 5003"));
+        QVERIFY(rs && rs->Eof());
+
+        rs = client->read(QStringLiteral("EXECUTE tl_GetCompanyList"));
+        QVERIFY(rs);
+        requireColumns(*rs, {"OrganizationSys", "Name", "Description", "Address1"});
+        QCOMPARE(rs->RecordCount(), 2L); // the disabled one is left out
+
+        rs = client->read(QStringLiteral("EXECUTE tl_SearchCompany 'harb%'"));
+        QVERIFY(rs);
+        requireColumns(*rs, {"Name", "Description", "OrganizationSys"});
+        QCOMPARE(rs->RecordCount(), 1L);
+
+        rs = client->read(QStringLiteral("EXECUTE tl_VersionCheck"));
+        QVERIFY(rs && !rs->Eof());
+        requireColumns(*rs, {"VersionString", "VersionMajor", "VersionMinor", "VersionRevision",
+                             "FTPSite", "FTPDirectory", "FTPUpdateFileName", "FTPUserName",
+                             "FTPPassword"});
+    }
+
+    void boardLists_data() {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<int>("rows");
+        QTest::newRow("all") << "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL" << 40;
+        QTest::newRow("group tab") << "EXEC tl_GetUserStatuses 2,NULL,1,5001,NULL" << 13;
+        QTest::newRow("location") << "EXEC tl_GetUserStatuses NULL,NULL,1,5001,2" << 20;
+        QTest::newRow("organisation from user")
+            << "EXEC tl_GetUserStatuses NULL,NULL,NULL,5001,NULL" << 40;
+        QTest::newRow("my friends") << "EXEC tl_GetMyFriendsList 5001,1" << 4;
+        QTest::newRow("company") << "EXEC tl_GetCompanyList 5001" << 43;
+        QTest::newRow("search by name") << "tl_SearchContacts 'lee%',1,'',5001" << 1;
+        QTest::newRow("search by extension") << "tl_SearchContacts '',NULL,'205%',5001" << 1;
+        QTest::newRow("search, no hit") << "tl_SearchContacts 'zzz%',1,'',5001" << 0;
+    }
+    void boardLists() {
+        QFETCH(QString, sql);
+        QFETCH(int, rows);
+        const auto rs = client->read(sql);
+        QVERIFY(rs);
+        QCOMPARE(rs->RecordCount(), long(rows));
+        requireColumns(*rs, kContactColumns + kStatusColumns + kBoardExtras);
+    }
+
+    // A status set is what the board, one person's row and the poll read back.
+    void statusSetIsReadBack() {
+        QVERIFY(client->write(QStringLiteral(
+            "EXEC tl_SetStatus 1003,8,'11/20/2026 5:30 PM','5:30 PM','Client''s office',5002")));
+        auto row = client->read(QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1003"));
+        QVERIFY(row && !row->Eof());
+        requireColumns(*row, kStatusColumns + kContactColumns +
+                                 QStringList{"comment", "returningtext", "myfriend"});
+        QCOMPARE(field(*row, "StatusSys").toInt(), 8);
+        QCOMPARE(field(*row, "returningtext").toString(), QStringLiteral("11/20/2026 5:30 PM"));
+        QCOMPARE(field(*row, "comment").toString(), QStringLiteral("Client's office"));
+        const auto poll = client->read(QStringLiteral("EXEC tl_GetContactStatus 1003"));
+        QVERIFY(poll && !poll->Eof());
+        requireColumns(*poll, kStatusColumns + QStringList{"comment"});
+        QCOMPARE(field(*poll, "Status").toString(), QStringLiteral("Out"));
+        QCOMPARE(scalar(QStringLiteral("SELECT statussetby FROM contact WHERE contactsys = 1003")),
+                 5002);
+
+        QVERIFY(client->write(QStringLiteral("EXEC tl_SetStatus 1003,6,NULL,NULL,NULL,5001")));
+        row = client->read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1003,1,NULL"));
+        QVERIFY(row && !row->Eof());
+        QCOMPARE(field(*row, "StatusSys").toInt(), 6);
+        row = client->read(QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1003"));
+        QCOMPARE(field(*row, "returningtext").toString(), QStringLiteral("01/01/00 12:00AM"));
+        QVERIFY(!field(*row, "comment").isValid());
+    }
+
+    void friendsByContactAndByUser() {
+        auto count = [&] {
+            return client->read(QStringLiteral("EXEC tl_GetMyFriendsList 5003,1"))->RecordCount();
+        };
+        QCOMPARE(count(), 0L);
+        QVERIFY(client->write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,1010"))); // a contact
+        QVERIFY(client->write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,5002"))); // a user: bob
+        QVERIFY(client->write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,1010"))); // twice: once
+        QCOMPARE(count(), 2L);
+        const auto board =
+            client->read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1002,1,5003,NULL"));
+        QCOMPARE(field(*board, "myfriend").toInt(), 1);
+        QVERIFY(client->write(QStringLiteral("EXECUTE tl_MyFriendsRemove 5003,1010")));
+        QCOMPARE(count(), 1L);
+    }
+
+    void contactRecords() {
+        auto rs = client->read(QStringLiteral("tl_GetContactInformation 1001"));
+        QVERIFY(rs && rs->RecordCount() == 1);
+        requireColumns(*rs, kContactColumns);
+        QVERIFY(field(*rs, "HomeAddress").isValid()); // ann shows her home details
+        rs = client->read(QStringLiteral("tl_GetContactInformation 1002"));
+        QVERIFY(!field(*rs, "HomeAddress").isValid()); // bob does not
+        rs = client->read(QStringLiteral("EXECUTE tl_GetContactList 1"));
+        QCOMPARE(rs->RecordCount(), 40L);
+    }
+
+    void noteLifecycle() {
+        auto unread = [&] {
+            return field(*client->read(QStringLiteral("EXEC tl_GetContactNotesUnread  1004")),
+                         "NoteCount")
+                .toInt();
+        };
+        QCOMPARE(unread(), 0);
+        QVERIFY(client->write(
+            QStringLiteral("EXEC tl_AddContactNote 1004,'See me, it''s urgent',5001,0")));
+        QCOMPARE(unread(), 1);
+        auto notes = client->read(QStringLiteral("tl_GetContactNotes 1004, NULL, NULL, 5004"));
+        QVERIFY(notes && notes->RecordCount() == 1);
+        requireColumns(*notes, {"NoteSys", "DateEntered", "EnteredBySys", "EnteredByName",
+                                "NoteText", "DateRead"});
+        QCOMPARE(field(*notes, "NoteText").toString(), QStringLiteral("See me, it's urgent"));
+        QCOMPARE(field(*notes, "EnteredByName").toString(), QStringLiteral("Ann Lee"));
+        const qint64 note = field(*notes, "NoteSys").toLongLong();
+        QVERIFY(
+            client->write(QStringLiteral("EXEC tl_SetNoteRead 5002, %1").arg(note))); // not bob's
+        QCOMPARE(unread(), 1);
+        QVERIFY(client->write(QStringLiteral("EXEC tl_SetNoteRead 5004, %1").arg(note)));
+        QCOMPARE(unread(), 0);
+        notes = client->read(QStringLiteral("tl_GetContactNotes 1004, NULL, NULL, 5004"));
+        QVERIFY(!field(*notes, "DateRead").toString().isEmpty());
+        QVERIFY(client->write(QStringLiteral("EXEC tl_DeleteNote %1, 5004").arg(note)));
+        QCOMPARE(client->read(QStringLiteral("tl_GetContactNotes 1004, NULL, NULL, 5004"))
+                     ->RecordCount(),
+                 0L);
+    }
+
+    void chatStatus() {
+        QVERIFY(client->write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 1")));
+        QCOMPARE(scalar(QStringLiteral("SELECT chatstatus FROM contact WHERE contactsys = 1002")),
+                 1);
+        QVERIFY(client->write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 0")));
+        QCOMPARE(scalar(QStringLiteral("SELECT chatstatus FROM contact WHERE contactsys = 1002")),
+                 0);
+    }
+
+    void reportsAndMail() {
+        QVERIFY(client->write(
+            QStringLiteral("EXECUTE LogAnomaly 'Load failed: x',91,'frmTLView:LoadGrid','tavlo "
+                           "1.0.0',1001,'','desk-7'")));
+        QVERIFY(server->run({QStringLiteral("anomalies")})
+                    .contains(QStringLiteral("frmTLView:LoadGrid")));
+        QVERIFY(client->write(QStringLiteral("EXEC tl_SendEmail 'bob@demo.example','Hello','Body "
+                                             "text','ann@demo.example','ann@demo.example'")));
+        QVERIFY(server->run({QStringLiteral("outbox")})
+                    .contains(QStringLiteral("bob@demo.example\tHello")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCatalogue)
+#include "tst_catalogue.moc"
