@@ -73,13 +73,21 @@ QString now() {
 }
 
 QString returningText(const QVariant& stored) {
-    const QDateTime moment =
-        stored.isNull()
-            ? QDateTime()
-            : QDateTime::fromString(stored.toString(), QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
-    if (!moment.isValid())
+    // Moments are stored as local wall-clock text; reading them as plain dates and times
+    // keeps time zones (and their file look-ups) out of the board's hot path.
+    const QString text = stored.isNull() ? QString() : stored.toString();
+    const QDate date = QDate::fromString(text.left(10), Qt::ISODate);
+    const QTime time = QTime::fromString(text.mid(11, 8), QStringLiteral("HH:mm:ss"));
+    if (!date.isValid() || !time.isValid())
         return QStringLiteral("01/01/00 12:00AM");
-    return QLocale::c().toString(moment, QStringLiteral("M/d/yyyy h:mm AP"));
+    const int hour12 = time.hour() % 12 == 0 ? 12 : time.hour() % 12;
+    return QStringLiteral("%1/%2/%3 %4:%5 %6")
+        .arg(date.month())
+        .arg(date.day())
+        .arg(date.year())
+        .arg(hour12)
+        .arg(time.minute(), 2, 10, QLatin1Char('0'))
+        .arg(time.hour() < 12 ? QStringLiteral("AM") : QStringLiteral("PM"));
 }
 
 QString storedMoment(const QVariant& date, const QVariant& time) {

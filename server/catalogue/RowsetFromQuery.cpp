@@ -23,17 +23,21 @@ wire::Rowset RowsetFromQuery(QSqlQuery& query) {
     wire::Rowset rowset;
     const QSqlRecord record = query.record();
     const int count = record.count();
-    std::vector<bool> seen(count, false), whole(count, true);
+    // Per column: a value was seen, all values seen were whole numbers, all were text.
+    std::vector<char> seen(count, 0), whole(count, 1), text(count, 1);
     while (query.next()) {
-        std::vector<QVariant> row(count);
+        std::vector<QVariant> row;
+        row.reserve(count);
         for (int i = 0; i < count; ++i) {
-            const QVariant value = query.value(i);
-            if (value.isNull())
+            QVariant value = query.value(i);
+            if (value.isNull()) {
+                row.emplace_back();
                 continue;
-            row[i] = value;
-            seen[i] = true;
-            if (!isWholeNumber(value))
-                whole[i] = false;
+            }
+            seen[i] = 1;
+            whole[i] &= isWholeNumber(value) ? 1 : 0;
+            text[i] &= value.typeId() == QMetaType::QString ? 1 : 0;
+            row.push_back(std::move(value));
         }
         rowset.rows.push_back(std::move(row));
     }
@@ -45,12 +49,19 @@ wire::Rowset RowsetFromQuery(QSqlQuery& query) {
         column.type = integer ? wire::FieldType::I4 : wire::FieldType::String;
         column.maxLength = integer ? 4 : 255;
         rowset.columns.push_back(column);
+        // Engines give whole numbers as qlonglong and text as QString; only a column of mixed
+        // or other values needs converting.
+        if (!seen[i] || (integer ? false : text[i]))
+            continue;
+        for (auto& row : rowset.rows) {
+            QVariant& value = row[i];
+            if (!value.isValid())
+                continue;
+            if (integer && value.typeId() != QMetaType::LongLong)
+                value = QVariant(value.toLongLong());
+            else if (!integer)
+                value = QVariant(value.toString());
+        }
     }
-    for (auto& row : rowset.rows)
-        for (int i = 0; i < count; ++i)
-            if (row[i].isValid())
-                row[i] = rowset.columns[i].type == wire::FieldType::I4
-                             ? QVariant(row[i].toLongLong())
-                             : QVariant(row[i].toString());
     return rowset;
 }

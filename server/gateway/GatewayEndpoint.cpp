@@ -49,10 +49,20 @@ GatewayEndpoint::Reply GatewayEndpoint::Handle(const QByteArray& formBody, const
     if (const auto reason = Catalogue::instance().refusal(*statement))
         return refuse(peer, *reason);
     try {
+        // The version is read before the statement runs, so an answer is never filed under a
+        // version newer than the data it saw.
+        const std::uint64_t version = m_db.dataVersion();
+        const bool cacheable = AnswerCache::Cacheable(statement->procedure);
+        if (cacheable)
+            if (const auto cached = m_cache.Find(*sql, version))
+                return {200, "text/xml", *cached};
         const Answer answer = Catalogue::instance().run(m_db, *statement);
         if (!answer)
             return {200, "text/html", QByteArray()};
-        return {200, "text/xml", wire::RowsetWriter::write(*answer)};
+        QByteArray written = wire::RowsetWriter::write(*answer);
+        if (cacheable)
+            m_cache.Store(*sql, version, written);
+        return {200, "text/xml", written};
     } catch (const std::exception& e) {
         logLine(QStringLiteral("failed for %1: %2: %3")
                     .arg(peer, statement->procedure, QString::fromLocal8Bit(e.what())));

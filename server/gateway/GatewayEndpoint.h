@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnswerCache.h"
 #include <QByteArray>
 #include <QString>
 
@@ -24,4 +25,5 @@ public:
 private:
     Reply refuse(const QString& peer, const QString& reason);
     Database& m_db;
+    AnswerCache m_cache;
 };

@@ -57,6 +57,15 @@ const Table kTables[] = {
                    "used INTEGER NOT NULL DEFAULT 0"},
 };
 
+// Look-ups the board, the poll and sign-in make on every call.
+const char* const kIndexes[] = {
+    "CREATE INDEX IF NOT EXISTS contact_board ON contact (organizationsys, lastname, firstname, "
+    "contactsys)",
+    "CREATE INDEX IF NOT EXISTS users_contact ON users (contactsys)",
+    "CREATE INDEX IF NOT EXISTS contactgroup_contact ON contactgroup (contactsys)",
+    "CREATE INDEX IF NOT EXISTS note_unread ON note (contactsys, dateread)",
+};
+
 } // namespace
 
 QStringList statements(bool postgres) {
@@ -68,6 +77,8 @@ QStringList statements(bool postgres) {
         out << QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2)")
                    .arg(QLatin1String(table.name), columns);
     }
+    for (const char* index : kIndexes)
+        out << QString::fromLatin1(index);
     return out;
 }
 

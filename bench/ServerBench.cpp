@@ -1,0 +1,187 @@
+// The server under the poll: how many poll statements a second the real gateway answers next
+// to a bare HTTP answer from the same library (wrk on loopback), and how long the 5,000-person
+// board read takes inside the server, first and when nothing changed since the last read.
+#include "catalogue/Catalogue.h"
+#include "gateway/GatewayEndpoint.h"
+#include "store/Database.h"
+#include "store/DemoOrganisation.h"
+#include "wire/GatewayPost.h"
+#include "wire/RowsetWriter.h"
+#include "wire/Statement.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <algorithm>
+#include <httplib.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int kPeople = 5000;
+constexpr qint64 kFirstExtra = 20001;
+
+QTextStream out(stdout);
+
+void seedPeople(Database& db) {
+    DemoOrganisation::Create(db);
+    db.write([&] {
+        for (int i = 0; i < kPeople - 40; ++i)
+            db.exec(QStringLiteral("INSERT INTO contact (contactsys, organizationsys, "
+                                   "organizationlocationsys, firstname, lastname, ext, position, "
+                                   "emailaddress, statussys, comment, returnat) VALUES "
+                                   "(?, 1, ?, ?, ?, ?, 'Staff', ?, ?, ?, ?)"),
+                    {kFirstExtra + i, 1 + i % 2, QStringLiteral("First%1").arg(i),
+                     QStringLiteral("Last%1").arg(i, 5, 10, QLatin1Char('0')),
+                     QString::number(3000 + i), QStringLiteral("p%1@demo.example").arg(i),
+                     i % 3 == 0 ? 3 : 8,
+                     i % 3 == 0 ? QVariant() : QVariant(QStringLiteral("Back after lunch")),
+                     i % 3 == 0 ? QVariant() : QVariant(QStringLiteral("2026-11-20T13:30:00"))});
+    });
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+// Server time of one statement through the gateway's endpoint, in milliseconds.
+double timed(GatewayEndpoint& endpoint, const QByteArray& body) {
+    QElapsedTimer timer;
+    timer.start();
+    const auto reply = endpoint.Handle(body, QStringLiteral("bench"));
+    const double ms = timer.nsecsElapsed() / 1e6;
+    if (reply.status != 200 || reply.body.isEmpty())
+        qFatal("the board read failed");
+    return ms;
+}
+
+void boardRead(Database& db) {
+    GatewayEndpoint endpoint(db);
+    const QByteArray board =
+        wire::gatewayBody(QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL"));
+    const QByteArray change = wire::gatewayBody(QStringLiteral("EXEC tl_UpdateChatStatus 1001, 1"));
+    std::vector<double> cold, warm;
+    for (int i = 0; i < 15; ++i) {
+        endpoint.Handle(change, QStringLiteral("bench")); // a write: the next read is fresh
+        cold.push_back(timed(endpoint, board));
+        warm.push_back(timed(endpoint, board));
+    }
+    // Where the time of a fresh read goes.
+    const auto statement = wire::StatementParser::parse(
+        QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL"));
+    std::vector<double> running, writing;
+    for (int i = 0; i < 9; ++i) {
+        QElapsedTimer timer;
+        timer.start();
+        const Answer answer = Catalogue::instance().run(db, *statement);
+        running.push_back(timer.nsecsElapsed() / 1e6);
+        timer.restart();
+        const QByteArray bytes = wire::RowsetWriter::write(*answer);
+        writing.push_back(timer.nsecsElapsed() / 1e6);
+    }
+    out << "  of which the query and rows: " << median(running)
+        << " ms, writing the rowset: " << median(writing) << " ms\n";
+    out << "board read, 5000 people, after a change: " << median(cold) << " ms (goal <= 30)\n";
+    out << "board read, 5000 people, unchanged:      " << median(warm) << " ms (goal <= 10)\n";
+}
+
+double wrkRate(const QString& url, const QString& script, int seconds) {
+    QProcess wrk;
+    QStringList args{QStringLiteral("-t2"), QStringLiteral("-c32"),
+                     QStringLiteral("-d%1s").arg(seconds)};
+    if (!script.isEmpty())
+        args << QStringLiteral("-s") << script;
+    wrk.start(QStringLiteral("wrk"), args << url);
+    wrk.waitForFinished(-1);
+    const QString text = QString::fromLocal8Bit(wrk.readAllStandardOutput());
+    const auto match = QRegularExpression(QStringLiteral("Requests/sec:\\s+([0-9.]+)")).match(text);
+    if (!match.hasMatch() || text.contains(QStringLiteral("Non-2xx")))
+        qFatal("wrk gave no clean rate: %s",
+               qPrintable(text + QString::fromLocal8Bit(wrk.readAllStandardError())));
+    return match.captured(1).toDouble();
+}
+
+// Random people of the organisation: their status, their unread notes, their chat state.
+QString writePollScript(const QString& folder) {
+    const QString path = folder + QStringLiteral("/poll.lua");
+    QString lua = QStringLiteral(R"(
+math.randomseed(7)
+local forms = {"EXEC%20tl%5FGetContactStatus%20", "EXEC%20tl%5FGetContactNotesUnread%20%20",
+               "EXEC%20tl%5FUpdateChatStatus%20"}
+wrk.method = "POST"
+wrk.headers["Content-Type"] = "application/x-www-form-urlencoded"
+wrk.headers["lastCached"] = "11/18/2026 9:05:07 AM"
+local n = 0
+request = function()
+  n = n + 1
+  local who = FIRST + math.random(0, SPAN)
+  local kind = (n % 3) + 1
+  local body = "strSQL=" .. forms[kind] .. who
+  if kind == 3 then body = body .. "%2C%201" end
+  return wrk.format(nil, "/XMLDemo.asp", nil, body)
+end
+)");
+    lua.replace(QStringLiteral("FIRST"), QString::number(kFirstExtra));
+    lua.replace(QStringLiteral("SPAN"), QString::number(kPeople - 41));
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(lua.toUtf8());
+    return path;
+}
+
+void pollMix(const QString& dbUrl, const QString& folder) {
+    QProcess server;
+    server.start(QCoreApplication::applicationDirPath() + QStringLiteral("/../server/tavlo-server"),
+                 {QStringLiteral("serve"), QStringLiteral("--listen"),
+                  QStringLiteral("127.0.0.1:0"), QStringLiteral("--db"), dbUrl});
+    server.waitForReadyRead(10000);
+    const auto port = QRegularExpression(QStringLiteral(":(\\d+)"))
+                          .match(QString::fromLocal8Bit(server.readAllStandardOutput()));
+    if (!port.hasMatch())
+        qFatal("tavlo-server didn't start");
+
+    httplib::Server bare;
+    bare.set_tcp_nodelay(true);
+    bare.new_task_queue = [] { return new httplib::ThreadPool(48); };
+    bare.Post("/XMLDemo.asp", [](const httplib::Request&, httplib::Response& res) {
+        res.set_content("ok", "text/plain");
+    });
+    const int barePort = bare.bind_to_any_port("127.0.0.1");
+    std::thread bareThread([&] { bare.listen_after_bind(); });
+
+    const QString script = writePollScript(folder);
+    const double gateway = wrkRate(
+        QStringLiteral("http://127.0.0.1:%1/XMLDemo.asp").arg(port.captured(1)), script, 10);
+    const double plain =
+        wrkRate(QStringLiteral("http://127.0.0.1:%1/XMLDemo.asp").arg(barePort), script, 10);
+    bare.stop();
+    bareThread.join();
+    server.terminate();
+    server.waitForFinished(5000);
+    out << "poll mix through the gateway: " << gateway << " req/s\n";
+    out << "bare answer, same library:     " << plain << " req/s\n";
+    out << "ratio: " << gateway / plain << " (goal >= 0.40)\n";
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    QTemporaryDir folder;
+    const QString dbUrl = QStringLiteral("sqlite:") + folder.filePath(QStringLiteral("bench.db"));
+    {
+        Database db(dbUrl);
+        seedPeople(db);
+        boardRead(db);
+    }
+    if (qEnvironmentVariableIsEmpty("TAVLO_BENCH_BOARD_ONLY"))
+        pollMix(dbUrl, folder.path());
+    out.flush();
+    return 0;
+}
