@@ -6,34 +6,42 @@
 #include <QLocale>
 
 namespace Board {
+
+QString ContactColumns() {
+    return QStringLiteral(
+        "c.contactsys AS \"ContactSys\", c.firstname AS \"FirstName\", "
+        "c.lastname AS \"LastName\", u.usersys AS \"UserSys\", u.username AS \"UserName\", "
+        "c.organizationsys AS \"OrganizationSys\", c.phone AS \"Phone\", c.fax AS \"Fax\", "
+        "c.ext AS \"Ext\", c.position AS \"Position\", c.emailaddress AS \"EmailAddress\", "
+        "c.picturelocation AS \"ContactPictureLocation\", c.pager AS \"Pager\", "
+        "c.cell AS \"Cell\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homephone END AS \"HomePhone\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homeaddress END AS \"HomeAddress\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homecity END AS \"HomeCity\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homestate END AS \"HomeState\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homezip END AS \"HomeZip\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homefax END AS \"HomeFax\", "
+        "CASE WHEN c.showhomeinfo = 1 THEN c.homeemail END AS \"HomeEMail\", "
+        "c.hiredate AS \"HireDate\", c.dateadded AS \"DateAdded\", c.tooltip AS \"ToolTip\", "
+        "c.showhomeinfo AS \"ShowHomeInfo\"");
+}
+
 namespace {
 
-const QString kSelect = QStringLiteral(
-    "SELECT c.contactsys AS \"ContactSys\", c.firstname AS \"FirstName\", "
-    "c.lastname AS \"LastName\", u.usersys AS \"UserSys\", u.username AS \"UserName\", "
-    "c.organizationsys AS \"OrganizationSys\", c.organizationlocationsys AS "
-    "\"OrganizationLocationSys\", c.phone AS \"Phone\", c.fax AS \"Fax\", c.ext AS \"Ext\", "
-    "c.position AS \"Position\", c.emailaddress AS \"EmailAddress\", "
-    "c.picturelocation AS \"ContactPictureLocation\", c.pager AS \"Pager\", c.cell AS \"Cell\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homephone END AS \"HomePhone\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homeaddress END AS \"HomeAddress\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homecity END AS \"HomeCity\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homestate END AS \"HomeState\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homezip END AS \"HomeZip\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homefax END AS \"HomeFax\", "
-    "CASE WHEN c.showhomeinfo = 1 THEN c.homeemail END AS \"HomeEMail\", "
-    "c.hiredate AS \"HireDate\", c.dateadded AS \"DateAdded\", c.tooltip AS \"ToolTip\", "
-    "c.showhomeinfo AS \"ShowHomeInfo\", s.statussys AS \"StatusSys\", "
-    "s.statustext AS \"Status\", s.colorsys AS \"ColorSys\", k.colorcode AS \"ColorCode\", "
-    "s.picturelocation AS \"StatusPictureLocation\", c.chatstatus AS \"ChatStatus\", "
-    "c.comment AS \"comment\", c.returnat AS \"returningtext\", "
-    "CASE WHEN f.contactsys IS NULL THEN 0 ELSE 1 END AS \"myfriend\" "
-    "FROM contact c "
-    "JOIN organization o ON o.organizationsys = c.organizationsys "
-    "LEFT JOIN users u ON u.contactsys = c.contactsys AND u.removed = 0 "
-    "LEFT JOIN status s ON s.statussys = c.statussys "
-    "LEFT JOIN color k ON k.colorsys = s.colorsys "
-    "LEFT JOIN friend f ON f.contactsys = c.contactsys AND f.usersys = ? ");
+const QString kSelect =
+    QStringLiteral("SELECT ") + ContactColumns() +
+    QStringLiteral(
+        ", c.organizationlocationsys AS \"OrganizationLocationSys\", s.statussys AS \"StatusSys\", "
+        "s.statustext AS \"Status\", s.colorsys AS \"ColorSys\", k.colorcode AS \"ColorCode\", "
+        "s.picturelocation AS \"StatusPictureLocation\", c.chatstatus AS \"ChatStatus\", "
+        "c.comment AS \"comment\", c.returnat AS \"returningtext\", "
+        "CASE WHEN f.contactsys IS NULL THEN 0 ELSE 1 END AS \"myfriend\" "
+        "FROM contact c "
+        "JOIN organization o ON o.organizationsys = c.organizationsys "
+        "LEFT JOIN users u ON u.contactsys = c.contactsys AND u.removed = 0 "
+        "LEFT JOIN status s ON s.statussys = c.statussys "
+        "LEFT JOIN color k ON k.colorsys = s.colorsys "
+        "LEFT JOIN friend f ON f.contactsys = c.contactsys AND f.usersys = ? ");
 
 const QStringList kDateForms = {QStringLiteral("M/d/yyyy h:mm AP"),
                                 QStringLiteral("M/d/yyyy h:mm:ss AP"),

@@ -10,6 +10,10 @@ class Database;
 // whether the asking user has the person as a friend.
 namespace Board {
 
+// The columns a person's record is read from, over the aliases c (contact) and u (user);
+// home details only where the person agreed to show them.
+QString ContactColumns();
+
 // The board columns of the people a condition picks, as the given user sees them.
 // `where` is SQL over the aliases c (contact) and u (user), with '?' for `values`.
 wire::Rowset people(Database& db, qint64 askingUser, const QString& where,

@@ -104,26 +104,12 @@ Answer getContactStatus(Database& db, const Args& a) {
 }
 
 Answer contactColumns(Database& db, const QString& where, const QVariantList& values) {
-    QSqlQuery q = db.exec(
-        QStringLiteral(
-            "SELECT c.contactsys AS \"ContactSys\", c.firstname AS \"FirstName\", "
-            "c.lastname AS \"LastName\", u.usersys AS \"UserSys\", u.username AS \"UserName\", "
-            "c.organizationsys AS \"OrganizationSys\", c.phone AS \"Phone\", c.fax AS \"Fax\", "
-            "c.ext AS \"Ext\", c.position AS \"Position\", c.emailaddress AS \"EmailAddress\", "
-            "c.picturelocation AS \"ContactPictureLocation\", c.pager AS \"Pager\", "
-            "c.cell AS \"Cell\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homephone END AS \"HomePhone\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homeaddress END AS \"HomeAddress\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homecity END AS \"HomeCity\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homestate END AS \"HomeState\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homezip END AS \"HomeZip\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homefax END AS \"HomeFax\", "
-            "CASE WHEN c.showhomeinfo = 1 THEN c.homeemail END AS \"HomeEMail\", "
-            "c.hiredate AS \"HireDate\", c.dateadded AS \"DateAdded\", c.tooltip AS \"ToolTip\", "
-            "c.showhomeinfo AS \"ShowHomeInfo\" FROM contact c "
-            "LEFT JOIN users u ON u.contactsys = c.contactsys AND u.removed = 0 WHERE ") +
-            where + QStringLiteral(" ORDER BY c.lastname, c.firstname, c.contactsys"),
-        values);
+    QSqlQuery q =
+        db.exec(QStringLiteral("SELECT ") + Board::ContactColumns() +
+                    QStringLiteral(" FROM contact c LEFT JOIN users u ON u.contactsys = "
+                                   "c.contactsys AND u.removed = 0 WHERE ") +
+                    where + QStringLiteral(" ORDER BY c.lastname, c.firstname, c.contactsys"),
+                values);
     return RowsetFromQuery(q);
 }
 

@@ -22,10 +22,7 @@ Answer sendEmail(Database& db, const Args& a) {
                     *link + QStringLiteral("\r\n");
     }
     db.write([&] {
-        QSqlQuery top = db.exec(QStringLiteral("SELECT COALESCE(MAX(mailsys), 0) + 1 FROM outbox"));
-        top.next();
-        const QVariant key = top.value(0);
-        top.finish();
+        const qint64 key = db.nextKey(QStringLiteral("outbox"), QStringLiteral("mailsys"));
         db.exec(QStringLiteral("INSERT INTO outbox (mailsys, queuedat, mailto, subject, body, "
                                "mailfrom, replyto, extra) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
                 {key, Board::now(), a.value(0), a.value(1), body, a.value(3), a.value(4),

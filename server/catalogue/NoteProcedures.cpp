@@ -70,10 +70,7 @@ Answer deleteNote(Database& db, const Args& a) {
 
 Answer addNote(Database& db, const Args& a) {
     db.write([&] {
-        QSqlQuery top = db.exec(QStringLiteral("SELECT COALESCE(MAX(notesys), 0) + 1 FROM note"));
-        top.next();
-        const QVariant key = top.value(0);
-        top.finish();
+        const qint64 key = db.nextKey(QStringLiteral("note"), QStringLiteral("notesys"));
         db.exec(QStringLiteral("INSERT INTO note (notesys, contactsys, enteredbysys, notetext, "
                                "private, dateentered) VALUES (?, ?, (SELECT contactsys FROM users "
                                "WHERE usersys = ?), ?, ?, ?)"),

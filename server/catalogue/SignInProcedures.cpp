@@ -108,10 +108,7 @@ Answer getSysVB(Database& db, const Args& a) {
             next = current.value(0).toLongLong();
             current.finish();
         } else if (!table->first.isEmpty()) {
-            QSqlQuery top =
-                db.exec(QStringLiteral("SELECT MAX(%1) FROM %2").arg(table->second, table->first));
-            if (top.next() && !top.value(0).isNull())
-                next = top.value(0).toLongLong() + 1;
+            next = db.nextKey(table->first, table->second);
         }
         db.exec(QStringLiteral("DELETE FROM sysnumber WHERE word = ?"), {word});
         db.exec(QStringLiteral("INSERT INTO sysnumber (word, next_sys) VALUES (?, ?)"),
@@ -140,14 +137,12 @@ Answer versionCheck(Database& db, const Args&) {
 
 Answer logAnomaly(Database& db, const Args& a) {
     db.write([&] {
-        QSqlQuery top =
-            db.exec(QStringLiteral("SELECT COALESCE(MAX(anomalysys), 0) + 1 FROM anomaly"));
-        top.next();
+        const qint64 key = db.nextKey(QStringLiteral("anomaly"), QStringLiteral("anomalysys"));
         db.exec(QStringLiteral("INSERT INTO anomaly (anomalysys, loggedat, errortext, errornumber, "
                                "procedurename, program, contactsys, note, computername) VALUES "
                                "(?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                {top.value(0), Board::now(), a.value(0), a.value(1), a.value(2), a.value(3),
-                 a.value(4), a.value(5), a.value(6)});
+                {key, Board::now(), a.value(0), a.value(1), a.value(2), a.value(3), a.value(4),
+                 a.value(5), a.value(6)});
     });
     return std::nullopt;
 }

@@ -117,6 +117,12 @@ void Database::Transaction::commit() {
     m_done = true;
 }
 
+qint64 Database::nextKey(const QString& table, const QString& keyColumn) {
+    QSqlQuery top =
+        exec(QStringLiteral("SELECT COALESCE(MAX(%1), 0) + 1 FROM %2").arg(keyColumn, table));
+    return top.next() ? top.value(0).toLongLong() : 1;
+}
+
 void Database::createSchema() {
     write([&] {
         for (const QString& statement : Schema::statements(m_postgres))

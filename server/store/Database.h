@@ -46,6 +46,9 @@ public:
     }
     std::uint64_t dataVersion() const { return m_version.load(); }
 
+    // One past the highest key of a table; call it inside write() so no other writer takes it.
+    qint64 nextKey(const QString& table, const QString& keyColumn);
+
     // Creates the tables that don't exist yet.
     void createSchema();
 

@@ -18,6 +18,9 @@ public:
 
     bool started() const { return m_port > 0; }
     QString failure() const { return m_failure; }
+    // PostgreSQL was asked for and can't start on this machine: a test may skip, except in CI
+    // (CI=true), where that is a failure.
+    bool mayBeSkipped() const;
     QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
     QString dbUrl() const { return m_dbUrl; }
     QString folder() const { return m_dir.path(); }
