@@ -174,7 +174,11 @@ void pollMix(const QString& dbUrl, const QString& folder) {
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
     QTemporaryDir folder;
-    const QString dbUrl = QStringLiteral("sqlite:") + folder.filePath(QStringLiteral("bench.db"));
+    // TAVLO_BENCH_DB keeps the seeded database where it says, to look into afterwards.
+    const QString dbPath = qEnvironmentVariableIsEmpty("TAVLO_BENCH_DB")
+                               ? folder.filePath(QStringLiteral("bench.db"))
+                               : qEnvironmentVariable("TAVLO_BENCH_DB");
+    const QString dbUrl = QStringLiteral("sqlite:") + dbPath;
     {
         Database db(dbUrl);
         seedPeople(db);

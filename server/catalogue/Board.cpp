@@ -117,11 +117,11 @@ wire::Rowset people(Database& db, qint64 askingUser, const QString& where,
                     const QVariantList& values) {
     QVariantList all{askingUser};
     all += values;
-    QSqlQuery query =
-        db.exec(kSelect + QStringLiteral("WHERE o.disabled = 0 AND (") + where +
-                    QStringLiteral(") ORDER BY c.lastname, c.firstname, c.contactsys"),
-                all);
-    wire::Rowset rowset = RowsetFromQuery(query);
+    wire::Rowset rowset =
+        ReadRowset(db,
+                   kSelect + QStringLiteral("WHERE o.disabled = 0 AND (") + where +
+                       QStringLiteral(") ORDER BY c.lastname, c.firstname, c.contactsys"),
+                   all);
     for (size_t i = 0; i < rowset.columns.size(); ++i) {
         if (rowset.columns[i].name != QStringLiteral("returningtext"))
             continue;

@@ -1,67 +1,94 @@
 #include "RowsetFromQuery.h"
 
+#include "RowsetBuilder.h"
+#include "store/Database.h"
+#include <QSqlDriver>
 #include <QSqlRecord>
+#include <sqlite3.h>
+#include <stdexcept>
 
 namespace {
 
-bool isWholeNumber(const QVariant& value) {
-    switch (value.typeId()) {
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::ULongLong:
-    case QMetaType::Short:
-        return true;
-    default:
-        return false;
+// The connection's own SQLite handle, or null on another engine.
+sqlite3* sqliteHandle(QSqlDatabase connection) {
+    const QVariant handle = connection.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3* const*>(handle.data());
+}
+
+wire::Rowset readSqlite(sqlite3* db, const QString& sql, const QVariantList& values) {
+    sqlite3_stmt* statement = nullptr;
+    const QByteArray text = sql.toUtf8();
+    if (sqlite3_prepare_v2(db, text.constData(), int(text.size()), &statement, nullptr) !=
+        SQLITE_OK)
+        throw std::runtime_error(std::string("cannot prepare: ") + sqlite3_errmsg(db));
+    std::vector<QByteArray> kept; // bound texts live until the statement ends
+    kept.reserve(values.size());
+    for (int i = 0; i < values.size(); ++i) {
+        const QVariant& value = values[i];
+        if (value.isNull())
+            sqlite3_bind_null(statement, i + 1);
+        else if (value.typeId() == QMetaType::QString) {
+            kept.push_back(value.toString().toUtf8());
+            sqlite3_bind_text(statement, i + 1, kept.back().constData(), int(kept.back().size()),
+                              SQLITE_STATIC);
+        } else
+            sqlite3_bind_int64(statement, i + 1, value.toLongLong());
     }
+    const int count = sqlite3_column_count(statement);
+    QStringList names;
+    for (int i = 0; i < count; ++i)
+        names << QString::fromUtf8(sqlite3_column_name(statement, i));
+    RowsetBuilder builder(names);
+    int step;
+    while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
+        std::vector<QVariant> row(count);
+        for (int i = 0; i < count; ++i) {
+            switch (sqlite3_column_type(statement, i)) {
+            case SQLITE_INTEGER:
+                row[i] = QVariant(qlonglong(sqlite3_column_int64(statement, i)));
+                break;
+            case SQLITE_NULL:
+                break;
+            default: {
+                const auto* chars =
+                    reinterpret_cast<const char*>(sqlite3_column_text(statement, i));
+                row[i] = QVariant(QString::fromUtf8(chars, sqlite3_column_bytes(statement, i)));
+            }
+            }
+        }
+        builder.addRow(std::move(row));
+    }
+    sqlite3_finalize(statement);
+    if (step != SQLITE_DONE)
+        throw std::runtime_error(std::string("cannot read: ") + sqlite3_errmsg(db));
+    return builder.finish();
 }
 
 } // namespace
 
 wire::Rowset RowsetFromQuery(QSqlQuery& query) {
-    wire::Rowset rowset;
     const QSqlRecord record = query.record();
-    const int count = record.count();
-    // Per column: a value was seen, all values seen were whole numbers, all were text.
-    std::vector<char> seen(count, 0), whole(count, 1), text(count, 1);
+    QStringList names;
+    for (int i = 0; i < record.count(); ++i)
+        names << record.fieldName(i);
+    RowsetBuilder builder(names);
     while (query.next()) {
-        std::vector<QVariant> row;
-        row.reserve(count);
-        for (int i = 0; i < count; ++i) {
+        std::vector<QVariant> row(names.size());
+        for (int i = 0; i < names.size(); ++i) {
             QVariant value = query.value(i);
-            if (value.isNull()) {
-                row.emplace_back();
-                continue;
-            }
-            seen[i] = 1;
-            whole[i] &= isWholeNumber(value) ? 1 : 0;
-            text[i] &= value.typeId() == QMetaType::QString ? 1 : 0;
-            row.push_back(std::move(value));
+            if (!value.isNull())
+                row[i] = std::move(value);
         }
-        rowset.rows.push_back(std::move(row));
+        builder.addRow(std::move(row));
     }
-    for (int i = 0; i < count; ++i) {
-        wire::Column column;
-        column.name = column.attribute = record.fieldName(i);
-        column.number = i + 1;
-        const bool integer = seen[i] && whole[i];
-        column.type = integer ? wire::FieldType::I4 : wire::FieldType::String;
-        column.maxLength = integer ? 4 : 255;
-        rowset.columns.push_back(column);
-        // Engines give whole numbers as qlonglong and text as QString; only a column of mixed
-        // or other values needs converting.
-        if (!seen[i] || (integer ? false : text[i]))
-            continue;
-        for (auto& row : rowset.rows) {
-            QVariant& value = row[i];
-            if (!value.isValid())
-                continue;
-            if (integer && value.typeId() != QMetaType::LongLong)
-                value = QVariant(value.toLongLong());
-            else if (!integer)
-                value = QVariant(value.toString());
-        }
-    }
-    return rowset;
+    return builder.finish();
+}
+
+wire::Rowset ReadRowset(Database& db, const QString& sql, const QVariantList& values) {
+    if (sqlite3* handle = sqliteHandle(db.connection()))
+        return readSqlite(handle, sql, values);
+    QSqlQuery query = db.exec(sql, values);
+    return RowsetFromQuery(query);
 }
