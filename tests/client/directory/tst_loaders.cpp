@@ -42,6 +42,7 @@ class TestLoaders : public QObject {
 private slots:
     void init() {
         server = std::make_unique<TestHttpServer>();
+        Form<frmTLSettings>(); // its first load reads the stored settings over the live ones
         TLMain().Settings().SetWebAddress(server->baseUrl());
         TLMain().ActiveOrganization().OrganizationSys = 4;
         boxes.clear();
