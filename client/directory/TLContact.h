@@ -2,6 +2,9 @@
 
 #include <QString>
 #include <cstdint>
+#include <memory>
+
+class TLStatus;
 
 namespace wire {
 class Recordset;
@@ -17,6 +20,17 @@ public:
     QString LastNameFirstName() const { return LastName + QStringLiteral(", ") + FirstName; }
     // Copies the columns the current record has; Nulls and missing columns keep the fields.
     void FillObjectWithRecordSet(const wire::Recordset* rs);
+
+    // The person's present status as the server has it; an unanswered read gives an empty one.
+    std::unique_ptr<TLStatus> GetContactStatus(std::int32_t contactSys) const;
+    // Sends a new status for the person (who made the change is the signed-in user) and, when
+    // the person is the signed-in user, brings the local status, comment and status bar along.
+    // Empty texts, or "NULL", send no returning moment or comment.
+    void UpdateContactStatus(std::int32_t contactSys, std::int32_t statusSys,
+                             const QString& returningDate, const QString& returningTime,
+                             const QString& comment);
+    // Fills the record with the person's full details; -1 keeps the present ContactSys.
+    void LoadContactDetails(std::int32_t contactSys);
 
     QString FirstName;
     QString LastName;

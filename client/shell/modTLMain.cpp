@@ -8,6 +8,13 @@
 #include "shell/AppVersion.h"
 #include "shell/TLMain.h"
 #include "shell/frmTLSplash.h"
+#include "identity/frmTLLogin.h"
+#include "shell/frmTLMain.h"
+#include "board/frmTLView.h"
+#include "shell/TrayDisplay.h"
+#include "shell/TrayPictures.h"
+#include "support/modTLErrorManagement.h"
+#include "base/TLError.h"
 #include <QApplication>
 #include <QTextStream>
 #include <QWidget>
@@ -33,13 +40,6 @@ void raiseWindowTitled(const QString& title) {
         window->activateWindow();
         return;
     }
-}
-
-bool anyWindowVisible() {
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (window->isVisible())
-            return true;
-    return false;
 }
 
 template <class T> void clearCollection(KeyedCollection<T>& collection) {
@@ -101,9 +101,9 @@ bool Main() {
         QTextStream(stderr) << "Tavlo: version " << root.LatestVersionReleased
                             << " is published; this is " << AppVersion::Text() << '\n';
     }
-    // Until the tray icon keeps the program alive, it lives while a window of it is open.
-    if (!anyWindowVisible())
-        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    if (!root.DataAccess().blnErrored)
+        Form<frmTLLogin>().Login(false);
+    BuildMenuItems();
     return true;
 }
 
@@ -125,6 +125,93 @@ KeyedCollection<TLStatus>& colStatuses() {
 KeyedCollection<TLGroup>& colGroups() {
     static KeyedCollection<TLGroup> collection;
     return collection;
+}
+
+void ClearMenuItems() {
+    auto& tray = Form<frmTLMain>();
+    const std::size_t count = tray.mnuPopOptions.size();
+    for (std::size_t i = 1; i < count; ++i)
+        tray.UnloadOption(tray.mnuPopOptions.size() - 1);
+}
+
+namespace {
+
+void buildStatusEntries(frmTLMain& tray) {
+    auto& statuses = colStatuses();
+    const QString active = TLMain().ActiveStatus().StatusText;
+    for (long i = 1; i <= statuses.Count(); ++i) {
+        const auto j = static_cast<std::size_t>(i - 1);
+        if (j > 0)
+            tray.LoadOption(j);
+        tray.mnuPopOptions[j]->setText(statuses[i]->StatusText);
+        tray.mnuPopOptions[j]->setChecked(statuses[i]->StatusText == active);
+        tray.mnuPopStatus->setEnabled(true);
+    }
+}
+
+void showTrayState(frmTLMain& tray) {
+    auto& root = TLMain();
+    const bool valid = root.ActiveUser().ValidUser();
+    const QString tip = TrayDisplay::TipText(valid, root.ActiveContact().FullName(),
+                                             root.ActiveStatus().StatusText);
+    const int picture = TrayDisplay::PictureIndex(valid, root.ActiveStatus().StatusSys,
+                                                  root.ActiveContact().NotesUnread);
+    tray.SetTrayPictureIndex(picture);
+    tray.ChangeSystemTray(tip, TrayPictures::Icon(picture));
+}
+
+} // namespace
+
+void BuildMenuItems() {
+    try {
+        auto& tray = Form<frmTLMain>();
+        ClearMenuItems();
+        const auto& data = TLMain().DataAccess();
+        if (!data.ConnectionEnabled && !data.OnceConnected) {
+            tray.EnableMenu(false);
+            tray.mnuResetConnection->setEnabled(true);
+        } else {
+            buildStatusEntries(tray);
+            tray.EnableMenu(true);
+            tray.mnuResetConnection->setEnabled(false);
+        }
+        showTrayState(tray);
+        ManageApplicationSecurity();
+    } catch (...) {
+        const Trapped error = CurrentError();
+        QString text = error.description;
+        modTLErrorManagement::ReportAnomaly(QStringLiteral("BuildMenuItems"), text, error.number);
+    }
+}
+
+void ManageApplicationSecurity() {
+    try {
+        auto& root = TLMain();
+        auto& tray = Form<frmTLMain>();
+        const bool valid = root.ActiveUser().ValidUser();
+        if (valid) {
+            const bool admin = root.ActiveUser().CheckSecurity(10000000, QString());
+            auto& board = Form<frmTLView>();
+            board.lblAdmin->setVisible(admin);
+            board.mnuAdmin->setEnabled(admin);
+        }
+        tray.mnuSignIn->setEnabled(!valid);
+        for (QAction* entry : {tray.mnuSignOut, tray.mnuMiniView, tray.mnuStandardView,
+                               tray.mnuPopStatus, tray.mnuLeaveMessage})
+            entry->setEnabled(valid);
+        tray.mnuSendInstantMessage->setEnabled(valid && root.Settings().EnableChat &&
+                                               !root.ActiveOrganization().ChatDisabled);
+        if (!valid)
+            Guard([] {
+                if (auto* board = LoadedForm<frmTLView>())
+                    board->hide();
+            });
+    } catch (...) {
+        const Trapped error = CurrentError();
+        QString text = error.description;
+        modTLErrorManagement::ReportAnomaly(QStringLiteral("ManageApplicationSecurity"), text,
+                                            error.number);
+    }
 }
 
 void ClearContacts() {

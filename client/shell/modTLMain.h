@@ -34,6 +34,14 @@ KeyedCollection<TLNotes>& colNotes();
 KeyedCollection<TLStatus>& colStatuses();
 KeyedCollection<TLGroup>& colGroups();
 
+// The tray menu's status entries, rebuilt from the available statuses, then the menu's state,
+// the tray's picture and tip, and the controls guarded by rights.
+void BuildMenuItems();
+// Takes away every status entry of the tray menu but the first.
+void ClearMenuItems();
+// Enables what the signed-in user may use, by sign-in state, rights and chat.
+void ManageApplicationSecurity();
+
 void ClearContacts();
 void ClearStatuses();
 void ClearGroups();

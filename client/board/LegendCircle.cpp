@@ -1,0 +1,21 @@
+#include "board/LegendCircle.h"
+
+#include <QPainter>
+
+LegendCircle::LegendCircle(QWidget* parent) : QWidget(parent) {
+    setFixedSize(sizeHint());
+}
+
+void LegendCircle::SetFillColor(std::int32_t colorNumber) {
+    const auto n = static_cast<std::uint32_t>(colorNumber);
+    m_fill = QColor(int(n & 0xFF), int((n >> 8) & 0xFF), int((n >> 16) & 0xFF));
+    update();
+}
+
+void LegendCircle::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::black, 1));
+    painter.setBrush(m_fill);
+    painter.drawEllipse(QRectF(rect()).adjusted(1, 1, -1, -1));
+}

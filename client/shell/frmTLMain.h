@@ -1,0 +1,90 @@
+#pragma once
+
+#include "base/Forms.h"
+#include <QAction>
+#include <QMenu>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <QWidget>
+#include <vector>
+
+// The hidden form that owns the tray icon, its menu and the background timers. It lives from
+// its first touch to the program's end; its unload ends the program.
+class frmTLMain : public QWidget, public UnloadAware {
+    Q_OBJECT
+public:
+    frmTLMain();
+    ~frmTLMain() override;
+    void Form_Load();
+    void Form_Unload() override;
+
+    QSystemTrayIcon* trayIcon;
+    QMenu* mnuPopupSys;
+    QMenu* mnuPopStatusMenu;
+    QAction* mnuPopStatus;
+    std::vector<QAction*> mnuPopOptions; // one entry for each available status; 0 always there
+    QAction* mnuBlankLine0;
+    QAction* mnuSendInstantMessage;
+    QAction* mnuLeaveMessage;
+    QAction* mnuBlankLine1;
+    QAction* mnuSignIn;
+    QAction* mnuSignInAs;
+    QAction* mnuSignOut;
+    QAction* mnuBlankLine2;
+    QAction* mnuMiniView;
+    QAction* mnuStandardView;
+    QAction* mnuPopRestore;
+    QAction* mnuBlankLine3;
+    QAction* mnuPopConfigure;
+    QAction* mnuResetConnection;
+    QAction* mnuBlankLine4;
+    QAction* mnuAboutTavlo;
+    QAction* mnuBlankLine5;
+    QAction* mnuPopExit;
+    QTimer* tmrMouseActivity;
+
+    // Adds status entry `index` (1 and up) to the menu, or takes it away again.
+    void LoadOption(std::size_t index);
+    void UnloadOption(std::size_t index);
+
+    // The icon's picture and tip, replaced together.
+    void ChangeSystemTray(const QString& tip, const QIcon& picture);
+    void ChangeToolTip(const QString& tip);
+    // The tip and picture index the tray shows now.
+    const QString& TrayTip() const { return m_tip; }
+    int TrayPictureIndex() const { return m_pictureIndex; }
+    void SetTrayPictureIndex(int index) { m_pictureIndex = index; }
+
+    void EnableMenu(bool enable);
+    // 1 standard, 2 mini: the board when signed in, else the sign-in.
+    void ShowApplicationView(int view);
+    void ShowWebBrowser();
+    // Opens a target with the desktop; a failure is told to the user and answers False.
+    bool ShellToBrowser(QWidget* form, const QString& target, int showCommand);
+    // The count of unread notes from the server, onto the board.
+    void UpdateNoteCountFromDatabase();
+
+    void mnuPopOptions_Click(std::size_t index);
+    void mnuPopConfigure_Click();
+    void mnuPopExit_Click();
+    void mnuSignInAs_Click();
+    void mnuSignOut_Click();
+    void mnuSignIn_Click();
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    QAction* addEntry(const char* name, const QString& caption);
+    QAction* addSeparator(const char* name);
+    void buildMenu();
+    void connectMenu();
+    void trayActivated(QSystemTrayIcon::ActivationReason reason);
+
+    QString m_tip;
+    int m_pictureIndex = 0;
+};
+
+// What ShellToBrowser makes of the desktop's answer number: below 31 and 32 are failures
+// with a message; anything else, 31 included, is success.
+bool ShellResultIsSuccess(int result, const QString& target);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QUrl>
+#include <QWebEngineView>
+#include <QWidget>
+
+// The program's own web window: the web site, opened already signed in.
+class frmTLWeb : public QWidget {
+    Q_OBJECT
+public:
+    frmTLWeb();
+    void Form_Load();
+
+    QWebEngineView* WebBrowser;
+
+    // Opens the URL; with post data the request is a POST carrying those bytes, and the
+    // headers ("Name: value" lines, each ending in CR LF) go with it.
+    void Navigate(const QUrl& url, const QByteArray& postData, const QByteArray& headers);
+
+    // The last request sent, for those who check what went out.
+    struct Request {
+        QUrl url;
+        QByteArray method;
+        QByteArray postData;
+        QList<QPair<QByteArray, QByteArray>> headers;
+    };
+    const Request& LastRequest() const { return m_last; }
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    Request m_last;
+};
