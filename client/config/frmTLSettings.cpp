@@ -7,6 +7,7 @@
 #include "base/Regional.h"
 #include "board/frmTLView.h"
 #include "data/TLFunctions.h"
+#include "directory/DirectoryLoaders.h"
 #include "modTLRegistry.h"
 #include "shell/TLMain.h"
 #include <QCloseEvent>
@@ -59,9 +60,14 @@ void frmTLSettings::Form_Load() {
     TLMain().Functions().ShowOnTop(this, true);
 }
 
-// The organization's locations are asked of the server once a user is signed in; until then
-// the list offers "<All>" alone, unselected, so that a save keeps the stored choice.
+// The organization's locations come from the server once a user is signed in. Before that the
+// organization is unknown: the list offers "<All>" alone, unselected, so that a save keeps
+// the stored choice, and the start-up asks nothing of the server here.
 void frmTLSettings::loadLocationList() {
+    if (TLMain().ActiveUser().ValidUser()) {
+        LoadAvailableLocations(cboLocation);
+        return;
+    }
     cboLocation->clear();
     cboLocation->addItem(QStringLiteral("<All>"), 0);
     cboLocation->setCurrentIndex(-1);

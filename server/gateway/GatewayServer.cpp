@@ -3,6 +3,7 @@
 #include "GatewayEndpoint.h"
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
+#include "web/WebBoard.h"
 #include <httplib.h>
 #include <sys/socket.h>
 
@@ -61,6 +62,15 @@ GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
         const ResetPage::Page page = ResetPage::Handle(d->db, req.method == "POST", fields);
         answerHtml(res, page.status, page.html);
     };
+    auto loginCheck = [this](const httplib::Request& req, httplib::Response& res) {
+        QHash<QString, QString> fields;
+        for (const auto& [name, value] : req.params)
+            fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+        const WebBoard::Page page = WebBoard::LoginCheck(d->db, fields);
+        answerHtml(res, page.status, page.html);
+    };
+    http.Get("/logincheck.asp", loginCheck);
+    http.Post("/logincheck.asp", loginCheck);
     http.Get("/reset", reset);
     http.Post("/reset", reset);
     http.Get(R"(/pictures/([A-Za-z0-9_-]{1,40})\.png)",

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+class Database;
+
+// The web site's sign-in (/logincheck.asp): the client's web window posts the user's name and
+// password there, and a good pair answers the organisation's board as a page. A bad pair, a
+// removed account or a disabled organisation answers the sign-in form with the reason.
+namespace WebBoard {
+
+struct Page {
+    int status = 200;
+    QString html;
+};
+
+Page LoginCheck(Database& db, const QHash<QString, QString>& fields);
+
+} // namespace WebBoard

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "../platform/FreshUserFolders.h"
+#include "RecordingGateway.h"
+#include "TavloServerProcess.h"
+#include "base/Forms.h"
+#include "base/MsgBox.h"
+#include "config/frmTLSettings.h"
+#include "config/modTLRegistry.h"
+#include "shell/TLMain.h"
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QtTest>
+#include <memory>
+
+// A demo server behind a recording gateway, a clean program state for each test, and the
+// message boxes answered and kept.
+class SignInFixture {
+public:
+    std::unique_ptr<TavloServerProcess> server;
+    std::unique_ptr<RecordingGateway> gateway;
+    QList<MsgBoxCall> boxes;
+
+    bool start() {
+        server = std::make_unique<TavloServerProcess>(TavloServerProcess::Data::Demo);
+        if (!server->started())
+            return false;
+        gateway = std::make_unique<RecordingGateway>(server->baseUrl());
+        return true;
+    }
+
+    // Signed out, no forms, empty stored settings, live settings pointing at the gateway.
+    void reset() {
+        SetMsgBoxHook([this](const MsgBoxCall& call) {
+            boxes << call;
+            return int(vb::vbOK);
+        });
+        if (TLMain().ActiveUser().ValidUser())
+            TLMain().ActiveUser().Logout();
+        FormRegistry::instance().unloadAll();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        for (const char* name : {"AutoLogin", "UserName", "Password", "EnableChat", "AutoStatusIn"})
+            modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                            QString::fromLatin1(name), QString());
+        pointAtGateway();
+        TLMain().ActiveOrganization().ChatDisabled = false;
+        boxes.clear();
+        gateway->clear();
+    }
+
+    // The settings dialog's first load reads the stored settings over the live ones.
+    void pointAtGateway() {
+        Form<frmTLSettings>();
+        TLMain().Settings().SetWebAddress(gateway->baseUrl());
+        TLMain().Settings().ConnectedNorvaneServer = TLMain().DataAccess().ConnectDB();
+    }
+
+    QString stored(const char* name) const {
+        return modTLRegistry::GetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                               QString::fromLatin1(name));
+    }
+
+    // A value straight from the server's database (SQLite).
+    QVariant query(const QString& sql) const {
+        auto db = QSqlDatabase::contains(QStringLiteral("peek"))
+                      ? QSqlDatabase::database(QStringLiteral("peek"))
+                      : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("peek"));
+        QString path = server->dbUrl();
+        path.remove(0, path.indexOf(QLatin1Char(':')) + 1);
+        db.setDatabaseName(path);
+        if (!db.open())
+            return {};
+        QSqlQuery q(db);
+        if (!q.exec(sql) || !q.next())
+            return {};
+        return q.value(0);
+    }
+};

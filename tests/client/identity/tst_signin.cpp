@@ -1,0 +1,233 @@
+#include "SignInFixture.h"
+#include "board/frmTLView.h"
+#include "data/TLFunctions.h"
+#include "identity/frmTLLogin.h"
+#include "shell/frmTLMain.h"
+#include "shell/modTLMain.h"
+#include <QApplication>
+
+namespace {
+const QString kRemoved = QStringLiteral(
+    "Your account has been removed.  Please contact Norvane support at (877)-NORVANE or "
+    "support@norvane.com for assistance.");
+const QString kDisabled =
+    QStringLiteral("Your organization has been disabled.  Please see your administrator or "
+                   "contact Norvane support at (877)-NORVANE or support@norvane.com for "
+                   "assistance.");
+} // namespace
+
+// Signing in and out against a real server with the demo organisation.
+class TestSignIn : public QObject {
+    Q_OBJECT
+    SignInFixture f;
+
+    bool signInWithDialog(const QString& name, const QString& password, bool remember = false) {
+        auto& login = Form<frmTLLogin>();
+        login.Login(true);
+        login.txtUserName->setText(name);
+        login.txtPassword->setText(password);
+        login.chkRememberLogin->setChecked(remember);
+        login.cmdOK->click();
+        return TLMain().ActiveUser().ValidUser();
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(f.start(), qPrintable(f.server->failure()));
+    }
+    void init() { f.reset(); }
+
+    void dialogSignInSendsItsStatementsInOrder() {
+        QVERIFY(signInWithDialog(QStringLiteral("ann"), QStringLiteral("demo")));
+        const auto& user = TLMain().ActiveUser();
+        const QString contact = QString::number(user.ContactSys());
+        const QString org = QString::number(TLMain().ActiveOrganization().OrganizationSys);
+        const QString userSys = QString::number(user.UserSys());
+        QStringList expected = {
+            QStringLiteral("EXEC LoginCheck 'ann','demo'"),
+            QStringLiteral("EXEC tl_GetUserStatuses NULL,%1,%2,NULL").arg(contact, org),
+            QStringLiteral("EXECUTE tl_GetAvailableStatuses %1,%2,%3").arg(org, userSys, contact),
+            QStringLiteral("EXECUTE tl_GetOrganizationGroups ") + org,
+            QStringLiteral("EXECUTE tl_GetOrganizationLocations ") + org,
+            QStringLiteral("EXEC tl_SetStatus %1,3,NULL,NULL,NULL,%2").arg(contact, userSys),
+            QStringLiteral("EXECUTE tl_GetUserSecurity ") + userSys};
+        if (TLMain().Settings().NetworkConnected())
+            expected << QStringLiteral("EXEC tl_GetContactNotesUnread  ") + contact;
+        expected << QStringLiteral("EXEC tl_GetAvailableColors %1,%2").arg(org, userSys)
+                 << QStringLiteral("EXECUTE GetSysVB 'Session'");
+        const QStringList sent = f.gateway->statements();
+        QCOMPARE(sent.mid(0, expected.size()), expected);
+        QCOMPARE(sent.size(), expected.size() + 1);
+        const QString session = QString::number(user.SessionSys());
+        QCOMPARE(sent.last(),
+                 QStringLiteral("INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, "
+                                "LoginDate, ComputerName,IPAddress,UserSys) VALUES (") +
+                     session + ',' + contact + ",'" + TLMain().VersionCheck() + "',getdate(),'" +
+                     TLMain().ComputerName() + "','" + TLMain().IPAddress() + "'," + userSys + ')');
+        QVERIFY(f.boxes.isEmpty());
+
+        // Everything the board needs is in place, and the board is up.
+        QCOMPARE(TLMain().ActiveContact().FullName().isEmpty(), false);
+        QCOMPARE(TLMain().ActiveStatus().StatusSys, 3);
+        QVERIFY(modTLMain::colStatuses().Count() >= 3);
+        QVERIFY(!IsLoaded<frmTLLogin>() || !LoadedForm<frmTLLogin>()->isVisible());
+        QVERIFY(LoadedForm<frmTLView>() && LoadedForm<frmTLView>()->isVisible());
+        QVERIFY(TLMain().DataAccess().ConnectionEnabled);
+        QCOMPARE(f.query("SELECT COUNT(*) FROM sessions WHERE sessionsys = " + session +
+                         " AND logoutdate IS NULL")
+                     .toInt(),
+                 1);
+
+        // Signing out: In becomes Out with its comment, and the session is closed.
+        f.gateway->clear();
+        TLMain().ActiveUser().Logout();
+        QCOMPARE(f.gateway->statements(),
+                 QStringList({QStringLiteral("EXEC tl_SetStatus %1,8,NULL,NULL,'Tavlo Shut "
+                                             "Down',%2")
+                                  .arg(contact, userSys),
+                              QStringLiteral("UPDATE Sessions SET LogoutDate = getdate() WHERE "
+                                             "SessionSys = ") +
+                                  session}));
+        QCOMPARE(f.query("SELECT COUNT(*) FROM sessions WHERE sessionsys = " + session +
+                         " AND logoutdate IS NOT NULL")
+                     .toInt(),
+                 1);
+        QVERIFY(!TLMain().ActiveUser().ValidUser());
+        QCOMPARE(TLMain().ActiveUser().UserName(), QString());
+        QCOMPARE(TLMain().ActiveUser().Rights(), QString());
+        QVERIFY(!LoadedForm<frmTLView>() || !LoadedForm<frmTLView>()->isVisible());
+    }
+
+    void refusedSignIns_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("bad password") << "ann" << "wrong" << "Invalid Login, please try again!";
+        QTest::newRow("unknown user") << "nobody" << "demo" << "Invalid Login, please try again!";
+        QTest::newRow("removed account") << "dave" << "demo" << kRemoved;
+        QTest::newRow("disabled organisation") << "ivo" << "demo" << kDisabled;
+    }
+    void refusedSignIns() {
+        QFETCH(QString, name);
+        QFETCH(QString, password);
+        QFETCH(QString, message);
+        const int sessions = f.query("SELECT COUNT(*) FROM sessions").toInt();
+        QVERIFY(!signInWithDialog(name, password));
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text, message);
+        QCOMPARE(f.boxes[0].icon(), int(vb::vbCritical));
+        QCOMPARE(f.boxes[0].title, QStringLiteral("Tavlo"));
+        QVERIFY(LoadedForm<frmTLLogin>()->isVisible()); // the dialog stays for another try
+        QCOMPARE(f.query("SELECT COUNT(*) FROM sessions").toInt(), sessions);
+    }
+
+    // A bad pair signs out what there is, which closes the last session again: harmless, and
+    // sent all the same.
+    void badPasswordClosesTheLastSessionAgain() {
+        const QString session = QString::number(TLMain().ActiveUser().SessionSys());
+        QVERIFY(!signInWithDialog(QStringLiteral("ann"), QStringLiteral("nope")));
+        QVERIFY(f.gateway->statements().contains(
+            QStringLiteral("UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = ") +
+            session));
+    }
+
+    void quotesAndEmptyNamesTravelQuoted() {
+        signInWithDialog(QStringLiteral("o'neil"), QString());
+        QCOMPARE(f.gateway->statements().first(), QStringLiteral("EXEC LoginCheck 'o''neil',''"));
+    }
+
+    void organisationWithoutChatTurnsChatOffForGood() {
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("EnableChat"), QStringLiteral("1"));
+        Unload<frmTLSettings>();
+        f.pointAtGateway();
+        QVERIFY(TLMain().Settings().EnableChat);
+        QVERIFY(signInWithDialog(QStringLiteral("hana"), QStringLiteral("demo")));
+        QCOMPARE(f.stored("EnableChat"), QStringLiteral("0"));
+        QVERIFY(!TLMain().Settings().EnableChat);
+        QVERIFY(TLMain().ActiveOrganization().ChatDisabled);
+        QVERIFY(!Form<frmTLMain>().mnuSendInstantMessage->isEnabled());
+        QVERIFY(Form<frmTLMain>().mnuLeaveMessage->isEnabled());
+    }
+
+    void rememberedSignInIsStoredEnciphered() {
+        QVERIFY(signInWithDialog(QStringLiteral("bob"), QStringLiteral("demo"), true));
+        QCOMPARE(f.stored("AutoLogin"), QStringLiteral("1"));
+        QCOMPARE(f.stored("UserName"), QStringLiteral("bob"));
+        const QString stored = f.stored("Password");
+        QVERIFY(stored != QStringLiteral("demo"));
+        QCOMPARE(TLMain().Functions().EncodeDecode(stored), QStringLiteral("demo"));
+    }
+
+    // With the stored pair the dialog is loaded, never shown, and the user is signed in.
+    void automaticSignIn() {
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("AutoLogin"), QStringLiteral("1"));
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("UserName"), QStringLiteral("ann"));
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("Password"),
+                                        TLMain().Functions().EncodeDecode(QStringLiteral("demo")));
+        Unload<frmTLSettings>();
+        f.pointAtGateway();
+        Form<frmTLLogin>().Login(false);
+        QVERIFY(TLMain().ActiveUser().ValidUser());
+        QCOMPARE(TLMain().ActiveUser().Password(), QStringLiteral("demo"));
+        QCOMPARE(f.gateway->statements().first(), QStringLiteral("EXEC LoginCheck 'ann','demo'"));
+        QVERIFY(!LoadedForm<frmTLLogin>() || !LoadedForm<frmTLLogin>()->isVisible());
+    }
+
+    // A removed account with a stored pair: the message, and no dialog shown.
+    void automaticSignInOfRemovedAccount() {
+        for (auto [name, value] : {std::pair{"AutoLogin", "1"}, std::pair{"UserName", "dave"}})
+            modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                            QString::fromLatin1(name), QString::fromLatin1(value));
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("Password"),
+                                        TLMain().Functions().EncodeDecode(QStringLiteral("demo")));
+        Unload<frmTLSettings>();
+        f.pointAtGateway();
+        Form<frmTLLogin>().Login(false);
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text, kRemoved);
+        QVERIFY(IsLoaded<frmTLLogin>());
+        QVERIFY(!LoadedForm<frmTLLogin>()->isVisible());
+    }
+
+    // Rights decide the admin link; the delimiters keep part of a number from counting.
+    void rightsFollowTheUser() {
+        QVERIFY(signInWithDialog(QStringLiteral("ann"), QStringLiteral("demo")));
+        QCOMPARE(TLMain().ActiveUser().Rights(), QStringLiteral("|10000000||10000016|"));
+        QVERIFY(!Form<frmTLView>().lblAdmin->isHidden());
+        QVERIFY(Form<frmTLView>().mnuAdmin->isEnabled());
+        TLMain().ActiveUser().Logout();
+
+        QVERIFY(signInWithDialog(QStringLiteral("bob"), QStringLiteral("demo")));
+        auto& user = TLMain().ActiveUser();
+        QCOMPARE(user.Rights(), QStringLiteral("|10000016|"));
+        QVERIFY(Form<frmTLView>().lblAdmin->isHidden());
+        QVERIFY(!Form<frmTLView>().mnuAdmin->isEnabled());
+        QVERIFY(user.CheckSecurity(10000016, QString()));
+        QVERIFY(!user.CheckSecurity(1000, QString()));
+        QVERIFY(!user.CheckSecurity(16, QString()));
+        QVERIFY(f.boxes.isEmpty());
+        QVERIFY(!user.CheckSecurity(10000000, QStringLiteral("open the administrator pages")));
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text, QStringLiteral("Sorry!  You do not have permission to open the "
+                                                 "administrator pages."));
+        QCOMPARE(f.boxes[0].icon(), int(vb::vbCritical));
+    }
+
+    // Without a connection the sign-in refuses before asking anything.
+    void notConnected() {
+        TLMain().Settings().ConnectedNorvaneServer = false;
+        QVERIFY(!TLMain().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text, QStringLiteral("To Login, you must be connected to the Norvane "
+                                                 "Server .\r\rPlease connect and try again!"));
+        QVERIFY(!f.gateway->statements().contains(QStringLiteral("EXEC LoginCheck 'ann','demo'")));
+    }
+};
+
+TAVLO_TEST_MAIN_WITH(QApplication, TestSignIn)
+#include "tst_signin.moc"

@@ -1,0 +1,28 @@
+#include "RecordingGateway.h"
+
+#include "wire/FormEncoding.h"
+#include "wire/GatewayPost.h"
+
+RecordingGateway::RecordingGateway(QString serverBaseUrl) : m_server(std::move(serverBaseUrl)) {
+    m_front.setHandler([this](const TestHttpServer::Request& request) {
+        const QString sql = wire::form::field(request.body, "strSQL").value_or(QString());
+        {
+            QMutexLocker hold(&m_lock);
+            m_statements << sql;
+        }
+        const auto reply = wire::postStatement(
+            {m_server, sql, QString::fromLatin1(request.header("lastCached")), 10000});
+        return TestHttpServer::Answer{reply.transportOk ? int(reply.httpStatus) : 502,
+                                      "text/xml", reply.body};
+    });
+}
+
+QStringList RecordingGateway::statements() const {
+    QMutexLocker hold(&m_lock);
+    return m_statements;
+}
+
+void RecordingGateway::clear() {
+    QMutexLocker hold(&m_lock);
+    m_statements.clear();
+}
