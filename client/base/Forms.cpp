@@ -27,23 +27,33 @@ void FormRegistry::add(const char* typeKey, QWidget* form) {
 void FormRegistry::unload(QWidget* form) {
     if (!form)
         return;
-    auto it = std::find_if(m_forms.begin(), m_forms.end(),
-                           [form](const Entry& e) { return e.form.data() == form; });
-    if (it == m_forms.end())
+    auto entry = [this, form] {
+        return std::find_if(m_forms.begin(), m_forms.end(),
+                            [form](const Entry& e) { return e.form.data() == form; });
+    };
+    auto it = entry();
+    if (it == m_forms.end() || it->unloading)
         return;
-    m_forms.erase(it); // the next touch makes a new instance, even while this one winds down
+    it->unloading = true;
+    // The unload handler still finds this instance when it touches its own form.
     if (auto* aware = dynamic_cast<UnloadAware*>(form))
         aware->Form_Unload();
+    it = entry();
+    if (it != m_forms.end())
+        m_forms.erase(it); // the next touch makes a new instance, even while this one winds down
     form->hide();
     form->deleteLater();
 }
 
 void FormRegistry::unloadAll() {
-    while (!m_forms.empty()) {
+    // An unload handler may load or unload other forms; go on until none is left to unload.
+    for (;;) {
         prune();
-        if (m_forms.empty())
+        auto it = std::find_if(m_forms.rbegin(), m_forms.rend(),
+                               [](const Entry& e) { return !e.unloading; });
+        if (it == m_forms.rend())
             break;
-        unload(m_forms.back().form.data());
+        unload(it->form.data());
     }
 }
 

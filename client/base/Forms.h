@@ -40,6 +40,7 @@ private:
     struct Entry {
         const char* typeKey;
         QPointer<QWidget> form;
+        bool unloading = false;
     };
     void prune();
     std::vector<Entry> m_forms;

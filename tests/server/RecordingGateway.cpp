@@ -6,10 +6,14 @@
 RecordingGateway::RecordingGateway(QString serverBaseUrl) : m_server(std::move(serverBaseUrl)) {
     m_front.setHandler([this](const TestHttpServer::Request& request) {
         const QString sql = wire::form::field(request.body, "strSQL").value_or(QString());
+        std::function<void(const QString&)> observer;
         {
             QMutexLocker hold(&m_lock);
             m_statements << sql;
+            observer = m_observer;
         }
+        if (observer)
+            observer(sql);
         const auto reply = wire::postStatement(
             {m_server, sql, QString::fromLatin1(request.header("lastCached")), 10000});
         return TestHttpServer::Answer{reply.transportOk ? int(reply.httpStatus) : 502,
@@ -25,4 +29,9 @@ QStringList RecordingGateway::statements() const {
 void RecordingGateway::clear() {
     QMutexLocker hold(&m_lock);
     m_statements.clear();
+}
+
+void RecordingGateway::setObserver(std::function<void(const QString&)> observer) {
+    QMutexLocker hold(&m_lock);
+    m_observer = std::move(observer);
 }

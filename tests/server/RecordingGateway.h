@@ -4,6 +4,7 @@
 #include <QMutex>
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 // Stands between the client and a real server: passes every statement on unchanged and keeps
 // each one, decoded, in the order it came, so a test can check what the client sent.
@@ -13,6 +14,9 @@ public:
 
     QString baseUrl() const { return m_front.baseUrl(); }
     QStringList statements() const;
+    // Called on the gateway's thread with each statement before it goes on, while the client
+    // waits for its answer.
+    void setObserver(std::function<void(const QString&)> observer);
     void clear();
 
 private:
@@ -20,4 +24,5 @@ private:
     QString m_server;
     mutable QMutex m_lock;
     QStringList m_statements;
+    std::function<void(const QString&)> m_observer;
 };

@@ -1,0 +1,208 @@
+#include "../identity/SignInFixture.h"
+#include "board/frmTLView.h"
+#include "identity/frmTLLogin.h"
+#include "shell/TrayDisplay.h"
+#include "shell/frmTLMain.h"
+#include "shell/modTLMain.h"
+#include <QApplication>
+#include <QProcess>
+#include <atomic>
+
+// The tray on a real desktop tray (tint2 under Xvfb), driven against the demo server.
+class TestTray : public QObject {
+    Q_OBJECT
+    SignInFixture f;
+    QString shots;
+
+    frmTLMain& tray() { return Form<frmTLMain>(); }
+
+    void screenshot(const QString& name) {
+        QTest::qWait(300); // let the tray repaint the new picture
+        const QString path = shots + QLatin1Char('/') + name + QStringLiteral(".png");
+        QCOMPARE(QProcess::execute(QStringLiteral("import"),
+                                   {QStringLiteral("-window"), QStringLiteral("root"), path}),
+                 0);
+        QVERIFY(QFileInfo(path).size() > 0);
+    }
+
+    void xdotool(const QStringList& arguments) {
+        QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
+    }
+
+    void clickTray(const QString& button, int repeat = 1) {
+        const QPoint centre = tray().trayIcon->geometry().center();
+        xdotool({QStringLiteral("mousemove"), QString::number(centre.x()),
+                 QString::number(centre.y()), QStringLiteral("click"), QStringLiteral("--repeat"),
+                 QString::number(repeat), QStringLiteral("--delay"), QStringLiteral("80"), button});
+    }
+
+    QAction* statusEntry(const QString& text) {
+        for (QAction* entry : tray().mnuPopOptions)
+            if (entry->text() == text)
+                return entry;
+        return nullptr;
+    }
+
+    void compareMenu(bool signedIn) {
+        auto& t = tray();
+        QCOMPARE(t.mnuSignIn->isEnabled(), !signedIn);
+        for (QAction* entry : {t.mnuSignOut, t.mnuMiniView, t.mnuStandardView, t.mnuPopStatus,
+                               t.mnuLeaveMessage})
+            QCOMPARE(entry->isEnabled(), signedIn);
+        QVERIFY(!t.mnuResetConnection->isEnabled());
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(QSystemTrayIcon::isSystemTrayAvailable(), "no system tray on this display");
+        QVERIFY2(f.start(), qPrintable(f.server->failure()));
+        shots = qEnvironmentVariable("TAVLO_BINARY_DIR", QDir::tempPath()) +
+                QStringLiteral("/test-screenshots");
+        QDir().mkpath(shots);
+        f.reset();
+    }
+
+    void signedOut() {
+        modTLMain::BuildMenuItems();
+        QTRY_VERIFY(tray().trayIcon->geometry().isValid()); // embedded in the tray
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kSignedOut);
+        QCOMPARE(tray().trayIcon->toolTip(), QStringLiteral("Tavlo - Not Logged In"));
+        compareMenu(false);
+        QVERIFY(tray().mnuSignInAs->isEnabled());
+        screenshot(QStringLiteral("tray-signed-out"));
+    }
+
+    void doubleClickSignedOutOpensTheSignIn() {
+        clickTray(QStringLiteral("1"), 2);
+        QTRY_VERIFY(IsLoaded<frmTLLogin>() && LoadedForm<frmTLLogin>()->isVisible());
+        screenshot(QStringLiteral("sign-in-dialog"));
+        Form<frmTLLogin>().txtUserName->setText(QStringLiteral("ann"));
+        Form<frmTLLogin>().txtPassword->setText(QStringLiteral("demo"));
+        Form<frmTLLogin>().cmdOK->click();
+        QVERIFY(TLMain().ActiveUser().ValidUser());
+        QVERIFY(f.boxes.isEmpty());
+    }
+
+    void signedInIn() {
+        auto& root = TLMain();
+        QCOMPARE(root.ActiveStatus().StatusSys, 3);
+        if (root.Settings().NetworkConnected())
+            QVERIFY(root.ActiveContact().NotesUnread > 0); // the demo leaves ann unread notes
+        QCOMPARE(tray().TrayPictureIndex(), root.ActiveContact().NotesUnread
+                                                ? TrayDisplay::kInWithNotes
+                                                : TrayDisplay::kIn);
+        root.ActiveContact().NotesUnread = 0;
+        modTLMain::BuildMenuItems();
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kIn);
+        QCOMPARE(tray().trayIcon->toolTip(),
+                 root.ActiveContact().FullName() + QStringLiteral("\nStatus set to In"));
+        QCOMPARE(tray().TrayTip(),
+                 root.ActiveContact().FullName() + QStringLiteral("\rStatus set to In"));
+        compareMenu(true);
+        QVERIFY(statusEntry(QStringLiteral("In"))->isChecked());
+        QCOMPARE(int(tray().mnuPopOptions.size()), int(modTLMain::colStatuses().Count()));
+        screenshot(QStringLiteral("tray-in"));
+    }
+
+    void quickStatusChangeReachesTheServer_data() {
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<int>("statusSys");
+        QTest::addColumn<int>("picture");
+        QTest::addColumn<int>("notes");
+        QTest::newRow("Unavailable") << "Unavailable" << 6 << TrayDisplay::kUnavailable << 0;
+        QTest::newRow("Out") << "Out" << 8 << TrayDisplay::kOther << 0;
+        QTest::newRow("Out with notes") << "Out" << 8 << TrayDisplay::kOtherWithNotes << 2;
+        QTest::newRow("In with notes") << "In" << 3 << TrayDisplay::kInWithNotes << 1;
+    }
+    void quickStatusChangeReachesTheServer() {
+        QFETCH(QString, status);
+        QFETCH(int, statusSys);
+        QFETCH(int, picture);
+        QFETCH(int, notes);
+        auto& root = TLMain();
+        root.ActiveContact().NotesUnread = notes;
+        f.gateway->clear();
+        statusEntry(status)->trigger();
+        const QString contact = QString::number(root.ActiveUser().ContactSys());
+        QCOMPARE(f.gateway->statements().value(0),
+                 QStringLiteral("EXEC tl_SetStatus %1,%2,NULL,NULL,NULL,%3")
+                     .arg(contact)
+                     .arg(statusSys)
+                     .arg(root.ActiveUser().UserSys()));
+        QCOMPARE(f.query("SELECT statussys FROM contact WHERE contactsys = " + contact).toInt(),
+                 statusSys);
+        QCOMPARE(root.ActiveStatus().StatusSys, statusSys);
+        QCOMPARE(tray().TrayPictureIndex(), picture);
+        QVERIFY(tray().trayIcon->toolTip().endsWith(QStringLiteral("Status set to ") + status));
+        QVERIFY(statusEntry(status)->isChecked());
+        QCOMPARE(Form<frmTLView>().StatusBarBottom->Panel(QStringLiteral("status"))->text(),
+                 QStringLiteral("Status: ") + status);
+        screenshot(QStringLiteral("tray-") + QString(QTest::currentDataTag()).replace(' ', '-'));
+    }
+
+    void unknownStatusShowsThePlainPicture() {
+        TLMain().ActiveStatus().StatusSys = 9;
+        TLMain().ActiveContact().NotesUnread = 4;
+        modTLMain::BuildMenuItems();
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kSignedOut);
+        screenshot(QStringLiteral("tray-unknown-status"));
+    }
+
+    void rightClickShowsTheMenu() {
+        clickTray(QStringLiteral("3"));
+        QTRY_VERIFY(tray().mnuPopupSys->isVisible());
+        screenshot(QStringLiteral("tray-menu"));
+        tray().mnuPopupSys->hide();
+    }
+
+    void doubleClickOpensTheChosenView() {
+        if (auto* board = LoadedForm<frmTLView>())
+            board->hide();
+        TLMain().Settings().ViewChoice = 2;
+        clickTray(QStringLiteral("1"), 2);
+        QTRY_VERIFY(LoadedForm<frmTLView>() && LoadedForm<frmTLView>()->isVisible());
+        QCOMPARE(Form<frmTLView>().ActiveView, 2);
+        QCOMPARE(Form<frmTLView>().TabCategories->SelectedKey(), QStringLiteral("ViewChoiceMini"));
+        screenshot(QStringLiteral("board-mini"));
+    }
+
+    void signOutFromTheMenu() {
+        f.gateway->clear();
+        tray().mnuSignOut->trigger();
+        QVERIFY(!TLMain().ActiveUser().ValidUser());
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kSignedOut);
+        QCOMPARE(tray().trayIcon->toolTip(), QStringLiteral("Tavlo - Not Logged In"));
+        compareMenu(false);
+        QVERIFY(!LoadedForm<frmTLView>() || !LoadedForm<frmTLView>()->isVisible());
+        QVERIFY(f.gateway->statements().last().startsWith(
+            QStringLiteral("UPDATE Sessions SET LogoutDate = getdate()")));
+    }
+
+    // Exit while signed in: the icon goes first, then the sign-out reaches the server.
+    void exitWhileSignedIn() {
+        QVERIFY(TLMain().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
+        QPointer<frmTLMain> form = &tray();
+        std::atomic<int> iconAtFirstStatement = -1; // the program waits for the answer meanwhile
+        f.gateway->clear();
+        f.gateway->setObserver([&](const QString&) {
+            if (iconAtFirstStatement == -1)
+                iconAtFirstStatement = form && form->trayIcon->isVisible() ? 1 : 0;
+        });
+        form->mnuPopExit->trigger();
+        f.gateway->setObserver({});
+        QCOMPARE(int(iconAtFirstStatement), 0);
+        QVERIFY(!TLMain().ActiveUser().ValidUser());
+        QVERIFY(!IsLoaded<frmTLMain>());
+        QVERIFY(f.gateway->statements().last().startsWith(
+            QStringLiteral("UPDATE Sessions SET LogoutDate = getdate()")));
+    }
+};
+
+int main(int argc, char** argv) {
+    FreshUserFolders folders;
+    QApplication app(argc, argv);
+    app.setQuitOnLastWindowClosed(false);
+    TestTray test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_tray.moc"
