@@ -15,7 +15,8 @@ QLabel* KeyedStatusBar::AddPanel(const QString& key, const QString& toolTip, int
 
 bool KeyedStatusBar::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonRelease)
-        if (auto* panel = qobject_cast<QLabel*>(watched); panel && m_panels.value(panel->objectName()) == panel)
+        if (auto* panel = qobject_cast<QLabel*>(watched);
+            panel && m_panels.value(panel->objectName()) == panel)
             emit PanelClick(panel->objectName());
     return QStatusBar::eventFilter(watched, event);
 }

@@ -63,11 +63,16 @@ void frmTLView::buildToolbar() {
     ToolbarTop = addToolBar(QStringLiteral("ToolbarTop"));
     ToolbarTop->setObjectName(QStringLiteral("ToolbarTop"));
     ToolbarTop->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    const QStringList captions = {QStringLiteral("My Status"), QStringLiteral("Refresh"),
-                                  QStringLiteral("Search"),    QStringLiteral("My Notes"),
-                                  QStringLiteral("Settings"),  QStringLiteral("Help"),
-                                  QStringLiteral("Logoff"),    QString(),
-                                  QString(),                   QStringLiteral("Exit")};
+    const QStringList captions = {QStringLiteral("My Status"),
+                                  QStringLiteral("Refresh"),
+                                  QStringLiteral("Search"),
+                                  QStringLiteral("My Notes"),
+                                  QStringLiteral("Settings"),
+                                  QStringLiteral("Help"),
+                                  QStringLiteral("Logoff"),
+                                  QString(),
+                                  QString(),
+                                  QStringLiteral("Exit")};
     for (int i = 0; i < captions.size(); ++i) {
         QAction* button = ToolbarTop->addAction(captions[i]);
         button->setProperty("ImageIndex", i + 1);
@@ -149,7 +154,8 @@ QString frmTLView::chatStatusText() const {
 void frmTLView::UpdateStatusBar() {
     try {
         auto& root = TLMain();
-        StatusBarBottom->Panel(QStringLiteral("fullname"))->setText(root.ActiveContact().FullName());
+        StatusBarBottom->Panel(QStringLiteral("fullname"))
+            ->setText(root.ActiveContact().FullName());
         StatusBarBottom->Panel(QStringLiteral("status"))
             ->setText(QStringLiteral("Status: ") + root.ActiveStatus().StatusText);
         StatusBarBottom->Panel(QStringLiteral("chatstatus"))->setText(chatStatusText());
@@ -162,10 +168,10 @@ void frmTLView::LoadLegendColors() {
     try {
         auto& root = TLMain();
         auto& data = root.DataAccess();
-        auto rs = data.LoadADOFromWeb(
-            QStringLiteral("EXEC tl_GetAvailableColors ") +
-            QString::number(root.ActiveOrganization().OrganizationSys) + QLatin1Char(',') +
-            QString::number(root.ActiveUser().UserSys()));
+        auto rs =
+            data.LoadADOFromWeb(QStringLiteral("EXEC tl_GetAvailableColors ") +
+                                QString::number(root.ActiveOrganization().OrganizationSys) +
+                                QLatin1Char(',') + QString::number(root.ActiveUser().UserSys()));
         if (!rs)
             Raise(err::NoObject);
         for (; !rs->Eof(); rs->MoveNext()) {
@@ -190,7 +196,8 @@ void frmTLView::UpdateNoteCount() {
         button->setText(QStringLiteral("My Notes"));
         button->setProperty("ImageIndex", 4);
     } else {
-        button->setText(n < 10 ? QStringLiteral("Notes (%1)").arg(n) : QStringLiteral("(%1)").arg(n));
+        button->setText(n < 10 ? QStringLiteral("Notes (%1)").arg(n)
+                               : QStringLiteral("(%1)").arg(n));
         button->setProperty("ImageIndex", 9);
     }
 }

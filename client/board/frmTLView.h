@@ -20,10 +20,10 @@ class frmTLView : public QMainWindow, public UnloadAware {
 public:
     frmTLView();
 
-    std::int32_t ActiveView = 1;   // 1 standard, 2 mini
-    std::int32_t ActiveScreen = 0; // 0 organisation or group, 1 friends, 2 companies
+    std::int32_t ActiveView = 1;             // 1 standard, 2 mini
+    std::int32_t ActiveScreen = 0;           // 0 organisation or group, 1 friends, 2 companies
     std::int32_t lngRefreshTimerSeconds = 0; // seconds since the last load
-    QPointer<QObject> Socket;      // the chat connection, when one is open
+    QPointer<QObject> Socket;                // the chat connection, when one is open
 
     QToolBar* ToolbarTop;
     KeyedTabBar* TabGroups;

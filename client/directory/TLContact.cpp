@@ -1,12 +1,12 @@
 #include "directory/TLContact.h"
 
-#include "directory/OptionalColumns.h"
-#include "directory/SignedKey.h"
 #include "base/Forms.h"
 #include "base/Regional.h"
 #include "base/TLError.h"
 #include "board/frmTLView.h"
 #include "directory/DirectoryLoaders.h"
+#include "directory/OptionalColumns.h"
+#include "directory/SignedKey.h"
 #include "directory/TLStatus.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
@@ -79,11 +79,10 @@ void TLContact::UpdateContactStatus(std::int32_t contactSys, std::int32_t status
         QString sql = QStringLiteral("EXEC tl_SetStatus ") + QString::number(contactSys) +
                       QLatin1Char(',') + QString::number(statusSys);
         if (!returningDate.isEmpty() && Regional::IsDate(returningDate))
-            sql += QLatin1Char(',') +
-                   data.DBIn(Regional::Format(Regional::CDate(returningDate),
-                                              QStringLiteral("mm/dd/yyyy")) +
-                                 QLatin1Char(' ') + returningTime,
-                             false, false);
+            sql += QLatin1Char(',') + data.DBIn(Regional::Format(Regional::CDate(returningDate),
+                                                                 QStringLiteral("mm/dd/yyyy")) +
+                                                    QLatin1Char(' ') + returningTime,
+                                                false, false);
         else
             sql += QStringLiteral(",NULL");
         if (!returningTime.isEmpty() && Regional::IsDate(returningTime))
@@ -104,8 +103,9 @@ void TLContact::UpdateContactStatus(std::int32_t contactSys, std::int32_t status
             return;
         root.ActiveStatus().CopyStatusObject(*status);
         root.ActiveStatusRow().Comment = comment;
-        Form<frmTLView>().StatusBarBottom->Panel(QStringLiteral("status"))->setText(
-            QStringLiteral("Status: ") + root.ActiveStatus().StatusText);
+        Form<frmTLView>()
+            .StatusBarBottom->Panel(QStringLiteral("status"))
+            ->setText(QStringLiteral("Status: ") + root.ActiveStatus().StatusText);
     } catch (...) {
         reportUnlessNoObject(QStringLiteral("TLContact:UpdateContactStatus"));
     }

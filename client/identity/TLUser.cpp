@@ -35,10 +35,12 @@ bool holdsZero(const wire::Recordset& rs, const QString& column) {
 
 // The windows that belong to a signed-in user; the board stays, its callers decide.
 const QStringList& userWindows() {
-    static const QStringList names = {
-        QStringLiteral("frmtlchat"),    QStringLiteral("frmtlleavenote"),
-        QStringLiteral("frmtlreadnotes"), QStringLiteral("frmtlhelpdesk"),
-        QStringLiteral("frmtlcontactselection"), QStringLiteral("frmtlupdate")};
+    static const QStringList names = {QStringLiteral("frmtlchat"),
+                                      QStringLiteral("frmtlleavenote"),
+                                      QStringLiteral("frmtlreadnotes"),
+                                      QStringLiteral("frmtlhelpdesk"),
+                                      QStringLiteral("frmtlcontactselection"),
+                                      QStringLiteral("frmtlupdate")};
     return names;
 }
 
@@ -70,9 +72,9 @@ bool TLUser::loginSteps(const QString& userName, const QString& password) {
                vb::vbCritical);
         return false;
     }
-    const auto rs = data.LoadADOFromWeb(QStringLiteral("EXEC LoginCheck ") +
-                                        data.DBIn(userName, false, false) + QLatin1Char(',') +
-                                        data.DBIn(password, false, false));
+    const auto rs =
+        data.LoadADOFromWeb(QStringLiteral("EXEC LoginCheck ") + data.DBIn(userName, false, false) +
+                            QLatin1Char(',') + data.DBIn(password, false, false));
     if (!rs)
         return false;
     if (rs->Eof()) {
@@ -148,8 +150,7 @@ void TLUser::applyChatDisabled(const wire::Recordset& rs) {
 
 void TLUser::Logout() {
     auto& root = TLMain();
-    if (m_validUser && root.Settings().AutoStatusIn &&
-        root.ActiveStatus().StatusSys == kStatusIn)
+    if (m_validUser && root.Settings().AutoStatusIn && root.ActiveStatus().StatusSys == kStatusIn)
         root.ActiveContact().UpdateContactStatus(m_contactSys, kStatusOut, QStringLiteral("NULL"),
                                                  QStringLiteral("NULL"),
                                                  QStringLiteral("Tavlo Shut Down"));
@@ -220,8 +221,7 @@ bool TLUser::CheckSecurity(std::int32_t securityObjectSys, const QString& action
     if (m_rights.contains(QLatin1Char('|') + QString::number(securityObjectSys) + QLatin1Char('|')))
         return true;
     if (!action.isEmpty())
-        MsgBox(QStringLiteral("Sorry!  You do not have permission to ") + action +
-                   QLatin1Char('.'),
+        MsgBox(QStringLiteral("Sorry!  You do not have permission to ") + action + QLatin1Char('.'),
                vb::vbCritical);
     return false;
 }

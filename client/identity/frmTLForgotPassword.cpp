@@ -20,10 +20,9 @@ void frmTLForgotPassword::showEvent(QShowEvent* event) {
 
 void frmTLForgotPassword::cmdSubmit_Click() {
     auto& data = TLMain().DataAccess();
-    const auto rs = data.LoadADOFromWeb(QStringLiteral("tl_ForgotPassword ") +
-                                        data.DBIn(txtEmailAddress->text(), false, false) +
-                                        QLatin1Char(',') +
-                                        data.DBIn(txtLastName->text(), false, false));
+    const auto rs = data.LoadADOFromWeb(
+        QStringLiteral("tl_ForgotPassword ") + data.DBIn(txtEmailAddress->text(), false, false) +
+        QLatin1Char(',') + data.DBIn(txtLastName->text(), false, false));
     if (!rs)
         return; // the gateway has told the user
     if (rs->Eof()) {
@@ -43,14 +42,13 @@ void frmTLForgotPassword::cmdSubmit_Click() {
                        "to ") +
         MakerAddresses::WebSite + QStringLiteral(". ");
     const QString from = data.DBIn(MakerAddresses::InfoMail, false, false);
-    data.ExecuteSQLFromWeb(QStringLiteral("EXEC tl_SendEmail ") + data.DBIn(to, false, false) +
-                               QLatin1Char(',') +
-                               data.DBIn(QStringLiteral("Tavlo Lost Password Request"), false,
-                                         false) +
-                               QLatin1Char(',') + data.DBIn(body, false, false) +
-                               QLatin1Char(',') + from + QLatin1Char(',') + from +
-                               QLatin1Char(',') + data.DBIn(QStringLiteral(" "), false, false),
-                           false);
+    data.ExecuteSQLFromWeb(
+        QStringLiteral("EXEC tl_SendEmail ") + data.DBIn(to, false, false) + QLatin1Char(',') +
+            data.DBIn(QStringLiteral("Tavlo Lost Password Request"), false, false) +
+            QLatin1Char(',') + data.DBIn(body, false, false) + QLatin1Char(',') + from +
+            QLatin1Char(',') + from + QLatin1Char(',') +
+            data.DBIn(QStringLiteral(" "), false, false),
+        false);
     MsgBox(QStringLiteral("Your password has been sent to your e-mail address."));
     hide();
 }

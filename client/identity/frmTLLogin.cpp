@@ -94,6 +94,7 @@ bool frmTLLogin::eventFilter(QObject* watched, QEvent* event) {
     }
     if (event->type() == QEvent::FocusIn)
         if (auto* box = qobject_cast<QLineEdit*>(watched))
-            QTimer::singleShot(0, box, &QLineEdit::selectAll); // after the click has placed the caret
+            QTimer::singleShot(0, box,
+                               &QLineEdit::selectAll); // after the click has placed the caret
     return QDialog::eventFilter(watched, event);
 }

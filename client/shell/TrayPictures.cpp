@@ -15,25 +15,39 @@ struct Role {
 
 Role roleOf(int index) {
     switch (index) {
-    case 2: return {Look::Unavailable, false};
-    case 3: return {Look::Unavailable, true};
-    case 4: return {Look::Other, false};
-    case 5: return {Look::Other, true};
-    case 6: return {Look::In, false};
-    case 7: return {Look::In, true};
-    case 10: return {Look::In, true};
-    case 11: return {Look::Unavailable, true};
-    case 12: return {Look::Other, true};
-    default: return {Look::SignedOut, index == 8 || index == 9};
+    case 2:
+        return {Look::Unavailable, false};
+    case 3:
+        return {Look::Unavailable, true};
+    case 4:
+        return {Look::Other, false};
+    case 5:
+        return {Look::Other, true};
+    case 6:
+        return {Look::In, false};
+    case 7:
+        return {Look::In, true};
+    case 10:
+        return {Look::In, true};
+    case 11:
+        return {Look::Unavailable, true};
+    case 12:
+        return {Look::Other, true};
+    default:
+        return {Look::SignedOut, index == 8 || index == 9};
     }
 }
 
 QColor fillOf(Look look) {
     switch (look) {
-    case Look::In: return QColor(0x2e, 0xa0, 0x43);
-    case Look::Unavailable: return QColor(0xd1, 0x34, 0x38);
-    case Look::Other: return QColor(0xf0, 0x8c, 0x00);
-    case Look::SignedOut: return QColor(0x9a, 0x9a, 0x9a);
+    case Look::In:
+        return QColor(0x2e, 0xa0, 0x43);
+    case Look::Unavailable:
+        return QColor(0xd1, 0x34, 0x38);
+    case Look::Other:
+        return QColor(0xf0, 0x8c, 0x00);
+    case Look::SignedOut:
+        return QColor(0x9a, 0x9a, 0x9a);
     }
     return Qt::gray;
 }

@@ -65,7 +65,8 @@ void frmTLMain::buildMenu() {
     connect(first, &QAction::triggered, this, [this] { mnuPopOptions_Click(0); });
 
     mnuBlankLine0 = addSeparator("mnuBlankLine0");
-    mnuSendInstantMessage = addEntry("mnuSendInstantMessage", QStringLiteral("Send Instant Message"));
+    mnuSendInstantMessage =
+        addEntry("mnuSendInstantMessage", QStringLiteral("Send Instant Message"));
     mnuLeaveMessage = addEntry("mnuLeaveMessage", QStringLiteral("Leave Note"));
     mnuBlankLine1 = addSeparator("mnuBlankLine1");
     mnuSignIn = addEntry("mnuSignIn", QStringLiteral("Sign In"));
@@ -113,7 +114,8 @@ void frmTLMain::Form_Unload() {
     if (TLMain().ActiveUser().ValidUser())
         TLMain().ActiveUser().Logout();
     auto& forms = FormRegistry::instance();
-    for (const char* name : {"frmTLStatus", "frmTLSplash", "frmTLSettings", "frmTLView", "frmTLLogin"})
+    for (const char* name :
+         {"frmTLStatus", "frmTLSplash", "frmTLSettings", "frmTLView", "frmTLLogin"})
         Guard([&] { forms.unload(forms.findByName(QString::fromLatin1(name))); });
     QCoreApplication::quit();
 }
@@ -139,7 +141,8 @@ void frmTLMain::LoadOption(std::size_t index) {
         QAction* entry = mnuPopStatusMenu->addAction(QString());
         entry->setObjectName(QStringLiteral("mnuPopOptions"));
         entry->setCheckable(true);
-        connect(entry, &QAction::triggered, this, [this, position] { mnuPopOptions_Click(position); });
+        connect(entry, &QAction::triggered, this,
+                [this, position] { mnuPopOptions_Click(position); });
         mnuPopOptions.push_back(entry);
     }
 }
@@ -186,12 +189,14 @@ void frmTLMain::ShowApplicationView(int view) {
         if (TLMain().ActiveUser().ValidUser()) {
             auto& board = Form<frmTLView>();
             board.ActiveView = view;
-            board.setWindowState(board.windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized));
+            board.setWindowState(board.windowState() &
+                                 ~(Qt::WindowMinimized | Qt::WindowMaximized));
             board.FormatTabs();
             board.raise();
             board.activateWindow();
-            board.TabCategories->SelectKey(view == kMiniView ? QStringLiteral("ViewChoiceMini")
-                                                             : QStringLiteral("ViewChoiceStandard"));
+            board.TabCategories->SelectKey(view == kMiniView
+                                               ? QStringLiteral("ViewChoiceMini")
+                                               : QStringLiteral("ViewChoiceStandard"));
             board.show();
         } else if (!IsLoaded<frmTLLogin>() || !LoadedForm<frmTLLogin>()->isVisible()) {
             Form<frmTLLogin>().Login(false);
@@ -206,9 +211,9 @@ void frmTLMain::ShowWebBrowser() {
     const QString address = root.Settings().WebAddress();
     auto& web = Form<frmTLWeb>();
     web.show();
-    const QByteArray postData = wire::cp1252::encode(
-        QStringLiteral("UserName=") + root.ActiveUser().UserName() + QStringLiteral("&Password=") +
-        root.ActiveUser().Password());
+    const QByteArray postData =
+        wire::cp1252::encode(QStringLiteral("UserName=") + root.ActiveUser().UserName() +
+                             QStringLiteral("&Password=") + root.ActiveUser().Password());
     const QByteArray header = "Content-Type: application/x-www-form-urlencoded\r\n";
     web.Navigate(QUrl(address + QStringLiteral("/logincheck.asp")), postData, header);
 }
@@ -221,8 +226,7 @@ bool ShellResultIsSuccess(int result, const QString& target) {
     }
     if (result == 32) {
         MsgBox(QStringLiteral("Tavlo") + QStringLiteral(" could not find a file association for ") +
-                   target +
-                   QStringLiteral(" on your system. You should check that your browser") +
+                   target + QStringLiteral(" on your system. You should check that your browser") +
                    QStringLiteral("is correctly installed and associated with this type of file."),
                vb::vbExclamation, QStringLiteral("Browser Unavailable"));
         return false;

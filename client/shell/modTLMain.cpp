@@ -2,19 +2,19 @@
 
 #include "base/Forms.h"
 #include "base/MsgBox.h"
+#include "base/TLError.h"
+#include "board/frmTLView.h"
 #include "config/modTLRegistry.h"
+#include "identity/frmTLLogin.h"
 #include "notes/TLNotes.h"
 #include "platform/SingleInstance.h"
 #include "shell/AppVersion.h"
 #include "shell/TLMain.h"
-#include "shell/frmTLSplash.h"
-#include "identity/frmTLLogin.h"
-#include "shell/frmTLMain.h"
-#include "board/frmTLView.h"
 #include "shell/TrayDisplay.h"
 #include "shell/TrayPictures.h"
+#include "shell/frmTLMain.h"
+#include "shell/frmTLSplash.h"
 #include "support/modTLErrorManagement.h"
-#include "base/TLError.h"
 #include <QApplication>
 #include <QTextStream>
 #include <QWidget>

@@ -24,11 +24,12 @@ Page signInForm(int status, const QString& reason) {
     QString body = QStringLiteral("<h1>Tavlo</h1>");
     if (!reason.isEmpty())
         body += QStringLiteral("<p><strong>%1</strong></p>").arg(reason.toHtmlEscaped());
-    body += QStringLiteral(
-        "<form method=\"post\" action=\"/logincheck.asp\">"
-        "<p><label>User Name <input name=\"UserName\" maxlength=\"64\"></label></p>"
-        "<p><label>Password <input type=\"password\" name=\"Password\" maxlength=\"64\"></label></p>"
-        "<p><button type=\"submit\">Sign In</button></p></form>");
+    body +=
+        QStringLiteral("<form method=\"post\" action=\"/logincheck.asp\">"
+                       "<p><label>User Name <input name=\"UserName\" maxlength=\"64\"></label></p>"
+                       "<p><label>Password <input type=\"password\" name=\"Password\" "
+                       "maxlength=\"64\"></label></p>"
+                       "<p><button type=\"submit\">Sign In</button></p></form>");
     return {status, page(QStringLiteral("Tavlo"), body)};
 }
 
@@ -42,13 +43,13 @@ struct Account {
 
 Account findAccount(Database& db, const QString& userName, const QString& password) {
     Account account;
-    QSqlQuery q = db.exec(
-        QStringLiteral("SELECT u.usersys, u.passwordhash, u.removed, o.disabled, "
-                       "o.organizationsys, o.name FROM users u "
-                       "JOIN contact c ON c.contactsys = u.contactsys "
-                       "JOIN organization o ON o.organizationsys = c.organizationsys "
-                       "WHERE LOWER(u.username) = LOWER(?)"),
-        {userName});
+    QSqlQuery q =
+        db.exec(QStringLiteral("SELECT u.usersys, u.passwordhash, u.removed, o.disabled, "
+                               "o.organizationsys, o.name FROM users u "
+                               "JOIN contact c ON c.contactsys = u.contactsys "
+                               "JOIN organization o ON o.organizationsys = c.organizationsys "
+                               "WHERE LOWER(u.username) = LOWER(?)"),
+                {userName});
     while (q.next()) {
         if (!PasswordHash::verify(q.value(1).toString(), password))
             continue;
@@ -63,8 +64,7 @@ QString cell(const wire::Recordset& rs, const char* column) {
 }
 
 QString boardTable(Database& db, const Account& account) {
-    wire::Recordset rs(Board::people(db, account.userSys,
-                                     QStringLiteral("c.organizationsys = ?"),
+    wire::Recordset rs(Board::people(db, account.userSys, QStringLiteral("c.organizationsys = ?"),
                                      {account.organizationSys}));
     QString rows;
     for (; !rs.Eof(); rs.MoveNext()) {
@@ -96,8 +96,10 @@ Page LoginCheck(Database& db, const QHash<QString, QString>& fields) {
     if (account.disabled)
         return signInForm(403, QStringLiteral("Your organization has been disabled."));
     const QString title = QStringLiteral("Tavlo - ") + account.organizationName;
-    return {200, page(title, QStringLiteral("<h1>%1</h1>%2")
-                                 .arg(title.toHtmlEscaped(), boardTable(db, account)))};
+    return {
+        200,
+        page(title,
+             QStringLiteral("<h1>%1</h1>%2").arg(title.toHtmlEscaped(), boardTable(db, account)))};
 }
 
 } // namespace WebBoard

@@ -16,8 +16,8 @@ RecordingGateway::RecordingGateway(QString serverBaseUrl) : m_server(std::move(s
             observer(sql);
         const auto reply = wire::postStatement(
             {m_server, sql, QString::fromLatin1(request.header("lastCached")), 10000});
-        return TestHttpServer::Answer{reply.transportOk ? int(reply.httpStatus) : 502,
-                                      "text/xml", reply.body};
+        return TestHttpServer::Answer{reply.transportOk ? int(reply.httpStatus) : 502, "text/xml",
+                                      reply.body};
     });
 }
 

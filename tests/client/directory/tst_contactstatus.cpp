@@ -56,20 +56,36 @@ private slots:
         QTest::addColumn<QString>("time");
         QTest::addColumn<QString>("comment");
         QTest::addColumn<QString>("statement");
-        QTest::newRow("nothing") << "" << "" << "" << "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0";
-        QTest::newRow("the word NULL") << "NULL" << "NULL" << ""
+        QTest::newRow("nothing") << ""
+                                 << ""
+                                 << ""
+                                 << "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0";
+        QTest::newRow("the word NULL") << "NULL"
+                                       << "NULL"
+                                       << ""
                                        << "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0";
-        QTest::newRow("apostrophe doubled") << "" << "" << "Bob's party"
+        QTest::newRow("apostrophe doubled") << ""
+                                            << ""
+                                            << "Bob's party"
                                             << "EXEC tl_SetStatus 12,8,NULL,NULL,'Bob''s party',0";
-        QTest::newRow("time alone") << "" << "10:30 AM" << ""
+        QTest::newRow("time alone") << ""
+                                    << "10:30 AM"
+                                    << ""
                                     << "EXEC tl_SetStatus 12,8,NULL,'10:30 AM',NULL,0";
         QTest::newRow("date alone, blank trimmed")
-            << "11/25/2026" << "" << "" << "EXEC tl_SetStatus 12,8,'11/25/2026',NULL,NULL,0";
-        QTest::newRow("date and time") << "11/5/2026" << "2:15 PM" << "Dentist"
+            << "11/25/2026"
+            << ""
+            << ""
+            << "EXEC tl_SetStatus 12,8,'11/25/2026',NULL,NULL,0";
+        QTest::newRow("date and time") << "11/5/2026"
+                                       << "2:15 PM"
+                                       << "Dentist"
                                        << "EXEC tl_SetStatus 12,8,'11/05/2026 2:15 PM','2:15 "
                                           "PM','Dentist',0";
         QTest::newRow("time that is no time stays behind the date")
-            << "11/25/2026" << "soon" << ""
+            << "11/25/2026"
+            << "soon"
+            << ""
             << "EXEC tl_SetStatus 12,8,'11/25/2026 soon',NULL,NULL,0";
     }
     void statementArguments() {
@@ -127,7 +143,8 @@ private slots:
         TLContact contact;
         contact.FirstName = QStringLiteral("Kept");
         wire::Rowset empty;
-        empty.columns.push_back({"FirstName", "FirstName", 1, wire::FieldType::String, {}, -1, true});
+        empty.columns.push_back(
+            {"FirstName", "FirstName", 1, wire::FieldType::String, {}, -1, true});
         server->setAnswer({200, "text/xml", wire::RowsetWriter::write(empty), 0});
         contact.LoadContactDetails(-1);
         QCOMPARE(sent().value(0), QStringLiteral("tl_GetContactInformation 0"));

@@ -62,9 +62,10 @@ public:
 
     // A value straight from the server's database (SQLite).
     QVariant query(const QString& sql) const {
-        auto db = QSqlDatabase::contains(QStringLiteral("peek"))
-                      ? QSqlDatabase::database(QStringLiteral("peek"))
-                      : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("peek"));
+        auto db =
+            QSqlDatabase::contains(QStringLiteral("peek"))
+                ? QSqlDatabase::database(QStringLiteral("peek"))
+                : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("peek"));
         QString path = server->dbUrl();
         path.remove(0, path.indexOf(QLatin1Char(':')) + 1);
         db.setDatabaseName(path);

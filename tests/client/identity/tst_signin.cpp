@@ -32,9 +32,7 @@ class TestSignIn : public QObject {
     }
 
 private slots:
-    void initTestCase() {
-        QVERIFY2(f.start(), qPrintable(f.server->failure()));
-    }
+    void initTestCase() { QVERIFY2(f.start(), qPrintable(f.server->failure())); }
     void init() { f.reset(); }
 
     void dialogSignInSendsItsStatementsInOrder() {
@@ -102,10 +100,16 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("password");
         QTest::addColumn<QString>("message");
-        QTest::newRow("bad password") << "ann" << "wrong" << "Invalid Login, please try again!";
-        QTest::newRow("unknown user") << "nobody" << "demo" << "Invalid Login, please try again!";
-        QTest::newRow("removed account") << "dave" << "demo" << kRemoved;
-        QTest::newRow("disabled organisation") << "ivo" << "demo" << kDisabled;
+        QTest::newRow("bad password") << "ann"
+                                      << "wrong"
+                                      << "Invalid Login, please try again!";
+        QTest::newRow("unknown user") << "nobody"
+                                      << "demo"
+                                      << "Invalid Login, please try again!";
+        QTest::newRow("removed account") << "dave"
+                                         << "demo" << kRemoved;
+        QTest::newRow("disabled organisation") << "ivo"
+                                               << "demo" << kDisabled;
     }
     void refusedSignIns() {
         QFETCH(QString, name);

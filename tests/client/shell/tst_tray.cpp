@@ -46,8 +46,8 @@ class TestTray : public QObject {
     void compareMenu(bool signedIn) {
         auto& t = tray();
         QCOMPARE(t.mnuSignIn->isEnabled(), !signedIn);
-        for (QAction* entry : {t.mnuSignOut, t.mnuMiniView, t.mnuStandardView, t.mnuPopStatus,
-                               t.mnuLeaveMessage})
+        for (QAction* entry :
+             {t.mnuSignOut, t.mnuMiniView, t.mnuStandardView, t.mnuPopStatus, t.mnuLeaveMessage})
             QCOMPARE(entry->isEnabled(), signedIn);
         QVERIFY(!t.mnuResetConnection->isEnabled());
     }
@@ -88,9 +88,8 @@ private slots:
         QCOMPARE(root.ActiveStatus().StatusSys, 3);
         if (root.Settings().NetworkConnected())
             QVERIFY(root.ActiveContact().NotesUnread > 0); // the demo leaves ann unread notes
-        QCOMPARE(tray().TrayPictureIndex(), root.ActiveContact().NotesUnread
-                                                ? TrayDisplay::kInWithNotes
-                                                : TrayDisplay::kIn);
+        QCOMPARE(tray().TrayPictureIndex(),
+                 root.ActiveContact().NotesUnread ? TrayDisplay::kInWithNotes : TrayDisplay::kIn);
         root.ActiveContact().NotesUnread = 0;
         modTLMain::BuildMenuItems();
         QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kIn);

@@ -78,9 +78,9 @@ private slots:
                                       centreOf(kUnavailable, size).rgb(),
                                       centreOf(kOther, size).rgb()};
             QCOMPARE(looks.size(), 4);
-            for (auto [plain, marked] : {std::pair{kIn, kInWithNotes},
-                                         std::pair{kUnavailable, kUnavailableWithNotes},
-                                         std::pair{kOther, kOtherWithNotes}}) {
+            for (auto [plain, marked] :
+                 {std::pair{kIn, kInWithNotes}, std::pair{kUnavailable, kUnavailableWithNotes},
+                  std::pair{kOther, kOtherWithNotes}}) {
                 const QImage a = TrayPictures::Picture(plain, size).toImage();
                 const QImage b = TrayPictures::Picture(marked, size).toImage();
                 const QColor corner = b.pixelColor(size * 3 / 4, size * 7 / 8);
