@@ -4,11 +4,13 @@
 #include "base/MsgBox.h"
 #include "config/frmTLSettings.h"
 #include "config/modTLRegistry.h"
+#include "identity/frmTLLogin.h"
 #include "platform/CommandLine.h"
 #include "platform/SettingsStore.h"
 #include "platform/SingleInstance.h"
 #include "shell/AppVersion.h"
 #include "shell/TLMain.h"
+#include "shell/frmTLMain.h"
 #include "shell/frmTLSplash.h"
 #include "shell/modTLMain.h"
 #include "wire/RowsetWriter.h"
@@ -140,6 +142,12 @@ private slots:
         QVERIFY(Form<frmTLSettings>().isVisible());
         QVERIFY(TLMain().DataAccess().blnErrored);
         QCOMPARE(TLMain().LatestVersionReleased, QString());
+        // No sign-in dialog; the tray is there to sign in later.
+        QVERIFY(!IsLoaded<frmTLLogin>());
+        QVERIFY(IsLoaded<frmTLMain>());
+        QVERIFY(Form<frmTLMain>().trayIcon->isVisible());
+        QCOMPARE(Form<frmTLMain>().TrayPictureIndex(), 1);
+        QVERIFY(Form<frmTLMain>().mnuSignIn->isEnabled());
     }
 
     // Server up: the version check is the first request and fills the version and transfer data.
@@ -156,6 +164,10 @@ private slots:
         QCOMPARE(TLMain().FTP().strFTPSite, QStringLiteral("ftp.example"));
         QVERIFY(modTLMain::LatestVersionIsNewer());
         QVERIFY(!Form<frmTLSettings>().isVisible());
+        // Without a stored sign-in the dialog waits, and the tray is already there.
+        QVERIFY(LoadedForm<frmTLLogin>() && LoadedForm<frmTLLogin>()->isVisible());
+        QVERIFY(Form<frmTLMain>().trayIcon->isVisible());
+        QCOMPARE(Form<frmTLMain>().trayIcon->toolTip(), QStringLiteral("Tavlo - Not Logged In"));
     }
 };
 
