@@ -16,12 +16,6 @@ namespace {
 constexpr std::int32_t kStatusIn = 3;
 constexpr std::int32_t kStatusUnavailable = 6;
 
-void report(const QString& place) {
-    const Trapped error = CurrentError();
-    QString text = error.description;
-    modTLErrorManagement::ReportAnomaly(place, text, error.number);
-}
-
 QLabel* namedLabel(const QString& name, const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setObjectName(name);
@@ -160,7 +154,7 @@ void frmTLView::UpdateStatusBar() {
             ->setText(QStringLiteral("Status: ") + root.ActiveStatus().StatusText);
         StatusBarBottom->Panel(QStringLiteral("chatstatus"))->setText(chatStatusText());
     } catch (...) {
-        report(QStringLiteral("frmTLView:UpdateStatusBarError"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLView:UpdateStatusBarError"));
     }
 }
 
@@ -185,7 +179,7 @@ void frmTLView::LoadLegendColors() {
         rs->Close();
     } catch (...) {
         if (CurrentError().number != err::NoObject)
-            report(QStringLiteral("frmTLMain:LoadLegendColors"));
+            modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLMain:LoadLegendColors"));
     }
 }
 

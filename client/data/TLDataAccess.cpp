@@ -134,9 +134,7 @@ std::int32_t TLDataAccess::NewSystemNumber(std::int32_t SysType) {
         }
         return Variants::CLng(next);
     } catch (...) {
-        const Trapped error = CurrentError();
-        QString text = error.description;
-        modTLErrorManagement::ReportAnomaly(QStringLiteral("NewSystemNumber"), text, error.number);
+        modTLErrorManagement::ReportTrapped(QStringLiteral("NewSystemNumber"));
         return 0;
     }
 }
@@ -161,10 +159,7 @@ QString TLDataAccess::CheckLatestVersion() {
         ftp.strFTPPassword = DBOStr(field("FTPPassword"));
         return version;
     } catch (...) {
-        const Trapped error = CurrentError();
-        QString text = error.description;
-        modTLErrorManagement::ReportAnomaly(QStringLiteral("frmTLMain:LoadLegendColors"), text,
-                                            error.number);
+        modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLMain:LoadLegendColors"));
         return QString();
     }
 }

@@ -11,11 +11,6 @@
 namespace {
 
 // The trap every loader ends with: report the failure under the loader's place.
-void report(const QString& place) {
-    const Trapped error = CurrentError();
-    QString text = error.description;
-    modTLErrorManagement::ReportAnomaly(place, text, error.number);
-}
 
 // Runs a read; a missing answer raises 91 like any use of a missing recordset.
 std::unique_ptr<wire::Recordset> read(const QString& sql) {
@@ -43,7 +38,7 @@ void LoadAvailableStatuses() {
             modTLMain::colStatuses().Add(status, status->Key());
         }
     } catch (...) {
-        report(QStringLiteral("LoadAvailableStatuses"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("LoadAvailableStatuses"));
     }
 }
 
@@ -60,7 +55,7 @@ void LoadAvailableGroups(const QString& /*organizationKey: not part of the state
             modTLMain::colGroups().Add(group, group->Key());
         }
     } catch (...) {
-        report(QStringLiteral("LoadAvailableGroups"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("LoadAvailableGroups"));
     }
 }
 
@@ -84,7 +79,7 @@ void LoadAvailableLocations(QComboBox* cboLocation) {
     } catch (...) {
         if (CurrentError().number == err::NoObject)
             return; // no answer: the gateway has said so already
-        report(QStringLiteral("LoadAvailableLocations"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("LoadAvailableLocations"));
     }
 }
 
@@ -106,6 +101,6 @@ void LoadLocationSetting() {
             }
         }
     } catch (...) {
-        report(QStringLiteral("LoadLocationSetting"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("LoadLocationSetting"));
     }
 }

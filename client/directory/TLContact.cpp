@@ -50,11 +50,8 @@ namespace {
 
 // The trap of the two methods that talk to the server: a missing answer ends them quietly.
 void reportUnlessNoObject(const QString& place) {
-    const Trapped error = CurrentError();
-    if (error.number == err::NoObject)
-        return;
-    QString text = error.description;
-    modTLErrorManagement::ReportAnomaly(place, text, error.number);
+    if (CurrentError().number != err::NoObject)
+        modTLErrorManagement::ReportTrapped(place);
 }
 
 } // namespace

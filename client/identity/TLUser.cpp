@@ -21,12 +21,6 @@ constexpr std::int32_t kStatusIn = 3;
 constexpr std::int32_t kStatusOut = 8;
 constexpr std::int32_t kSessionKeys = 3700;
 
-void report(const QString& place) {
-    const Trapped error = CurrentError();
-    QString text = error.description;
-    modTLErrorManagement::ReportAnomaly(place, text, error.number);
-}
-
 // A column that holds the number 0; Null is no number and so never equals it.
 bool holdsZero(const wire::Recordset& rs, const QString& column) {
     const QVariant value = rs.Fields(column).Value();
@@ -57,7 +51,7 @@ bool TLUser::Login(const QVariant& userName, const QVariant& password) {
     try {
         return loginSteps(Variants::CStr(userName), Variants::CStr(password));
     } catch (...) {
-        report(QStringLiteral("errLogin"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("errLogin"));
         return false;
     }
 }
@@ -193,7 +187,7 @@ void TLUser::SetSession(bool opening) {
         }
         root.DataAccess().ExecuteSQLFromWeb(sql, false);
     } catch (...) {
-        report(QStringLiteral("SetSession"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("SetSession"));
     }
 }
 
@@ -213,7 +207,7 @@ void TLUser::SetSecurity() {
                 m_rights += QLatin1Char('|') + Variants::CStr(value) + QLatin1Char('|');
         }
     } catch (...) {
-        report(QStringLiteral("SetSecurity"));
+        modTLErrorManagement::ReportTrapped(QStringLiteral("SetSecurity"));
     }
 }
 

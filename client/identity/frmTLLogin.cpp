@@ -51,10 +51,7 @@ void frmTLLogin::cmdOK_Click() {
         TLMain().DataAccess().ConnectionEnabled = true;
         Unload<frmTLLogin>();
     } catch (...) {
-        const Trapped error = CurrentError();
-        QString text = error.description;
-        modTLErrorManagement::ReportAnomaly(QStringLiteral("frmTLLogin::cmdOK_Click"), text,
-                                            error.number);
+        modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLLogin::cmdOK_Click"));
     }
 }
 

@@ -178,9 +178,7 @@ void BuildMenuItems() {
         showTrayState(tray);
         ManageApplicationSecurity();
     } catch (...) {
-        const Trapped error = CurrentError();
-        QString text = error.description;
-        modTLErrorManagement::ReportAnomaly(QStringLiteral("BuildMenuItems"), text, error.number);
+        modTLErrorManagement::ReportTrapped(QStringLiteral("BuildMenuItems"));
     }
 }
 
@@ -207,10 +205,7 @@ void ManageApplicationSecurity() {
                     board->hide();
             });
     } catch (...) {
-        const Trapped error = CurrentError();
-        QString text = error.description;
-        modTLErrorManagement::ReportAnomaly(QStringLiteral("ManageApplicationSecurity"), text,
-                                            error.number);
+        modTLErrorManagement::ReportTrapped(QStringLiteral("ManageApplicationSecurity"));
     }
 }
 

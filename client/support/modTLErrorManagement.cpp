@@ -74,4 +74,10 @@ std::int32_t ReportAnomaly(const QString& procedureName, QString& errorText,
     return 0;
 }
 
+void ReportTrapped(const QString& procedureName) {
+    const Trapped error = CurrentError();
+    QString text = error.description;
+    ReportAnomaly(procedureName, text, error.number);
+}
+
 } // namespace modTLErrorManagement

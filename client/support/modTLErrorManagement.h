@@ -15,4 +15,8 @@ inline const QString kLogFileName = QStringLiteral("brelo.log");
 std::int32_t ReportAnomaly(const QString& procedureName, QString& errorText,
                            std::int32_t errorNumber);
 
+// The end of a trap: reports the failure in flight (call it inside a catch block) under the
+// procedure's place, with its own description and number.
+void ReportTrapped(const QString& procedureName);
+
 } // namespace modTLErrorManagement
