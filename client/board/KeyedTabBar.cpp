@@ -1,5 +1,13 @@
 #include "board/KeyedTabBar.h"
 
+KeyedTabBar::KeyedTabBar(QWidget* parent) : QTabBar(parent) {
+    connect(this, &QTabBar::currentChanged, this, &KeyedTabBar::TabClick);
+    connect(this, &QTabBar::tabBarClicked, this, [this](int index) {
+        if (index >= 0 && index == currentIndex())
+            emit TabClick();
+    });
+}
+
 void KeyedTabBar::Clear() {
     const QSignalBlocker quiet(this); // emptying the row is no choice of the user
     while (count() > 0)
@@ -27,6 +35,9 @@ bool KeyedTabBar::SelectKey(const QString& key) {
     const int index = IndexOfKey(key);
     if (index < 0)
         return false;
-    setCurrentIndex(index);
+    if (index == currentIndex())
+        emit TabClick();
+    else
+        setCurrentIndex(index);
     return true;
 }

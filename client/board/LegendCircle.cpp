@@ -1,5 +1,6 @@
 #include "board/LegendCircle.h"
 
+#include "base/ColorNumber.h"
 #include <QPainter>
 
 LegendCircle::LegendCircle(QWidget* parent) : QWidget(parent) {
@@ -7,8 +8,7 @@ LegendCircle::LegendCircle(QWidget* parent) : QWidget(parent) {
 }
 
 void LegendCircle::SetFillColor(std::int32_t colorNumber) {
-    const auto n = static_cast<std::uint32_t>(colorNumber);
-    m_fill = QColor(int(n & 0xFF), int((n >> 8) & 0xFF), int((n >> 16) & 0xFF));
+    m_fill = ColorFromNumber(colorNumber);
     update();
 }
 

@@ -1,67 +1,171 @@
 #pragma once
 
 #include "base/Forms.h"
+#include "board/ClickLabel.h"
+#include "board/ContactKeyTable.h"
+#include "board/ExplorerBar.h"
 #include "board/KeyedStatusBar.h"
 #include "board/KeyedTabBar.h"
 #include "board/LegendCircle.h"
+#include "board/SpreadGrid.h"
 #include <QAction>
+#include <QFrame>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
+#include <QMenu>
 #include <QPointer>
+#include <QPushButton>
 #include <QTimer>
 #include <QToolBar>
+#include <array>
 #include <cstdint>
+#include <memory>
 
-// The board window: toolbar, group and view tabs, legend and status bar around the grid.
-// Closing it unloads it (the next show makes a new one); minimizing hides it to the tray.
+class TLStatusRow;
+
+// The board: the people of the organisation, a group or the friends list, in a standard sheet
+// (one person a row) or a mini sheet (names only, coloured by status), with the toolbar, the
+// tabs, the search pane, the legend and the status bar around it. Closing it unloads it (the
+// next show makes a new one); minimizing hides it to the tray.
 class frmTLView : public QMainWindow, public UnloadAware {
     Q_OBJECT
 public:
-    frmTLView();
+    static constexpr std::int32_t kStandardView = 1;
+    static constexpr std::int32_t kMiniView = 2;
 
-    std::int32_t ActiveView = 1;             // 1 standard, 2 mini
+    frmTLView();
+    void Form_Load();
+    void Form_Unload() override {}
+
+    std::int32_t ActiveView = kStandardView;
     std::int32_t ActiveScreen = 0;           // 0 organisation or group, 1 friends, 2 companies
     std::int32_t lngRefreshTimerSeconds = 0; // seconds since the last load
-    QPointer<QObject> Socket;                // the chat connection, when one is open
+    ContactKeyTable ContactKeys;             // the person's key for each occupied cell
+    std::shared_ptr<TLStatusRow> ContextRow; // the person of the last right click
+    bool SearchVisible = false;
+    QString SearchPanelMode;
+    QString SearchPanelPrevious;
+    QPointer<QObject> Socket; // the chat connection, when one is open
 
     QToolBar* ToolbarTop;
+    QWidget* fmeMain;
+    QWidget* fmeSearch;
     KeyedTabBar* TabGroups;
     KeyedTabBar* TabCategories;
+    SpreadGrid* gridStatus;
+    ExplorerBar* barSearch;
+    QLineEdit* txtName;
+    QLineEdit* txtExtension;
+    QLineEdit* txtOrganization;
+    QWidget* pnlAdvanced;
+    QWidget* pnlAction;
+    std::array<QPushButton*, 2> cmdAction{};
     KeyedStatusBar* StatusBarBottom;
-    QGroupBox* frmLegend;
+    QFrame* frmLegend;
     LegendCircle* StatusInCircle;
     LegendCircle* StatusOutCircle;
     LegendCircle* StatusUnavailableCircle;
     QLabel* lblStatusIn;
     QLabel* lblStatusOut;
     QLabel* lblStatusUnavailable;
+    ClickLabel* lblStatusTransIn;
+    ClickLabel* lblStatusTransOut;
+    ClickLabel* lblStatusTransUnavailable;
     QLabel* lblChatAvailable;
-    QLabel* lblSupport;
-    QLabel* lblAdmin;
+    ClickLabel* lblSupport;
+    ClickLabel* lblAdmin;
+    QMenu* mnuStatusPopUp;
+    QAction* mnuStatusIn;
+    QAction* mnuStatusOut;
+    QAction* mnuStatusUnavailable;
+    QAction* mnuStatusOther;
+    QAction* mnuViewContactDetails;
+    QAction* mnuLeaveNote;
+    QAction* mnuChat;
+    QAction* mnuAddMyFriends;
     QAction* mnuAdmin;
+    QTimer* tmrRefresh;
     QTimer* tmrChatReconnect;
 
-    // Both tab rows: "All", the organisation's groups and "My Friends"; "Standard" and "Mini".
+    // Loading and layout.
     void FormatTabs();
-    // Name, status and chat state of the signed-in user in the status bar.
-    void UpdateStatusBar();
-    // The legend's three circles in the organisation's colours for In, Unavailable and the rest.
-    void LoadLegendColors();
-    // The notes button shows the count of unread notes.
-    void UpdateNoteCount();
-    // The toolbar button at a 1-based position.
-    QAction* ToolbarButton(int index) const;
+    void FormatGridColumns(bool blnDontRedraw);
+    void FormatGridSize(bool blnDontRedraw);
+    void FormatFormSize();
+    // Fills the sheet with one answer of the server: the list of ActiveScreen, or the answer
+    // to strSentSQL when that isn't empty. 0 means "not given" for the numbers.
+    void LoadGrid(std::int32_t lngUserSys, std::int32_t lngGroupSys,
+                  std::int32_t lngOrganizationSys, std::int32_t lngContactSys,
+                  const QString& strSentSQL);
+    // The one way the controls reload: the active user, group and organisation.
+    void ReloadGrid();
+    // The statement of a list: 0 the organisation or a group, 1 the friends, 2 the companies.
+    static QString ListStatement(std::int32_t activeScreen, std::int32_t userSys,
+                                 std::int32_t groupSys, std::int32_t organizationSys,
+                                 std::int32_t contactSys, std::int32_t locationSys,
+                                 std::int32_t friendsOrganizationSys);
 
-    void Form_Unload() override {}
+    // Status bar, legend, notes button.
+    void UpdateStatusBar();
+    void LoadLegendColors();
+    void UpdateNoteCount();
+    QAction* ToolbarButton(int index) const; // 1-based
+
+    // Interaction.
+    // Whether the signed-in user may change the person's status.
+    bool MayChangeStatus(TLStatusRow& row);
+    // The grid's tool tip for a person.
+    static QString ToolTipFor(TLStatusRow& row);
+    // The person a cell shows, found by the road of the active view; null for none.
+    std::shared_ptr<TLStatusRow> RowAtCell(int row, int col) const;
+
+    // Search.
+    void BuildSearchPanel();
+    // A search box's text without the user's wildcards: "%" gone, trimmed, then "*" gone.
+    static QString CleanSearchText(const QString& text);
+
+    // Event handlers, callable by tests as the user's actions.
+    void TabCategories_Click();
+    void TabGroups_Click();
+    void ToolbarTop_ButtonClick(int index);
+    void tmrRefresh_Timer();
+    void gridStatus_DblClick(int col, int row);
+    void gridStatus_RightClick(int clickType, int col, int row, int mouseX, int mouseY);
+    void gridStatus_MouseMove(int button, int shift, int x, int y);
+    void cmdAction_Click(int index);
+    void SetOwnStatus(std::int32_t statusSys);
+    void SetContextStatus(std::int32_t statusSys);
+    void mnuStatusOther_Click();
+    void mnuAddMyFriends_Click();
+    void lblAdmin_Click();
+    void mnuAdmin_Click();
+
+    // The help page beside the program.
+    static QString HelpFilePath();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void buildToolbar();
+    void buildFrames(QWidget* central);
     void buildLegend(QWidget* parent);
+    void buildSearchControls();
     void buildStatusBar();
+    void buildPopupMenu();
+    void connectHandlers();
     QString chatStatusText() const;
+    void layoutStandardView();
+    void layoutMiniView();
+    void toggleFriend(TLStatusRow& person, int row);
+    void openStatusDialog(const std::shared_ptr<TLStatusRow>& row);
+    void signInToWebAdministration();
+    void searchCompanies(const QString& organization);
+
+    QWidget* m_central = nullptr;
 };

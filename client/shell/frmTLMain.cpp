@@ -13,7 +13,6 @@
 #include "shell/frmTLSplash.h"
 #include "shell/frmTLWeb.h"
 #include "shell/modTLMain.h"
-#include "wire/Cp1252.h"
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -207,15 +206,9 @@ void frmTLMain::ShowApplicationView(int view) {
 
 void frmTLMain::ShowWebBrowser() {
     setWindowState(Qt::WindowMaximized);
-    auto& root = TLMain();
-    const QString address = root.Settings().WebAddress();
     auto& web = Form<frmTLWeb>();
     web.show();
-    const QByteArray postData =
-        wire::cp1252::encode(QStringLiteral("UserName=") + root.ActiveUser().UserName() +
-                             QStringLiteral("&Password=") + root.ActiveUser().Password());
-    const QByteArray header = "Content-Type: application/x-www-form-urlencoded\r\n";
-    web.Navigate(QUrl(address + QStringLiteral("/logincheck.asp")), postData, header);
+    web.PostSignIn(TLMain().Settings().WebAddress());
 }
 
 bool ShellResultIsSuccess(int result, const QString& target) {

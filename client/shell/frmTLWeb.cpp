@@ -1,5 +1,8 @@
 #include "shell/frmTLWeb.h"
 
+#include "shell/TLMain.h"
+#include "wire/Cp1252.h"
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
@@ -15,6 +18,7 @@ frmTLWeb::frmTLWeb() : WebBrowser(new QWebEngineView(this)) {
     setObjectName(QStringLiteral("frmTLWeb"));
     setWindowTitle(QStringLiteral("Tavlo - The Internet Electronic In / Out Board"));
     WebBrowser->setObjectName(QStringLiteral("WebBrowser"));
+    connect(WebBrowser, &QWebEngineView::loadFinished, this, [this] { m_loading = false; });
 }
 
 void frmTLWeb::Form_Load() {
@@ -52,5 +56,23 @@ void frmTLWeb::Navigate(const QUrl& url, const QByteArray& postData, const QByte
         request.setHeader(name, value);
         m_last.headers.append({name, value});
     }
+    m_loading = true;
     WebBrowser->load(request);
+}
+
+void frmTLWeb::PostSignIn(const QString& base) {
+    auto& user = TLMain().ActiveUser();
+    const QByteArray postData =
+        wire::cp1252::encode(QStringLiteral("UserName=") + user.UserName() +
+                             QStringLiteral("&Password=") + user.Password());
+    Navigate(QUrl(base + QStringLiteral("/logincheck.asp")), postData,
+             "Content-Type: application/x-www-form-urlencoded\r\n");
+}
+
+bool frmTLWeb::WaitForLoad(int limitMs) {
+    QElapsedTimer clock;
+    clock.start();
+    while (m_loading && clock.elapsed() < limitMs)
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+    return !m_loading;
 }

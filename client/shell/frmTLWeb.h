@@ -18,6 +18,12 @@ public:
     // headers ("Name: value" lines, each ending in CR LF) go with it.
     void Navigate(const QUrl& url, const QByteArray& postData, const QByteArray& headers);
 
+    // Posts the signed-in user's name and password to the site's sign-in page under base.
+    void PostSignIn(const QString& base);
+    // Lets events run until the page being loaded has finished (or failed), at most limitMs.
+    // The next navigation would otherwise cut the sign-in short.
+    bool WaitForLoad(int limitMs);
+
     // The last request sent, for those who check what went out.
     struct Request {
         QUrl url;
@@ -33,4 +39,5 @@ protected:
 
 private:
     Request m_last;
+    bool m_loading = false;
 };

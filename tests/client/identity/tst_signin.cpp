@@ -41,6 +41,9 @@ private slots:
         const QString contact = QString::number(user.ContactSys());
         const QString org = QString::number(TLMain().ActiveOrganization().OrganizationSys);
         const QString userSys = QString::number(user.UserSys());
+        const QString board =
+            QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,%1,%2,%3")
+                .arg(org, userSys, QString::number(TLMain().Settings().OrganizationLocationSys()));
         QStringList expected = {
             QStringLiteral("EXEC LoginCheck 'ann','demo'"),
             QStringLiteral("EXEC tl_GetUserStatuses NULL,%1,%2,NULL").arg(contact, org),
@@ -48,10 +51,14 @@ private slots:
             QStringLiteral("EXECUTE tl_GetOrganizationGroups ") + org,
             QStringLiteral("EXECUTE tl_GetOrganizationLocations ") + org,
             QStringLiteral("EXEC tl_SetStatus %1,3,NULL,NULL,NULL,%2").arg(contact, userSys),
+            // The own status reaches the board's status bar, and that first touch loads the
+            // board: its list and its legend.
+            board, QStringLiteral("EXEC tl_GetAvailableColors %1,%2").arg(org, userSys),
             QStringLiteral("EXECUTE tl_GetUserSecurity ") + userSys};
         if (TLMain().Settings().NetworkConnected())
             expected << QStringLiteral("EXEC tl_GetContactNotesUnread  ") + contact;
         expected << QStringLiteral("EXEC tl_GetAvailableColors %1,%2").arg(org, userSys)
+                 << board // the view is chosen again as the board comes up
                  << QStringLiteral("EXECUTE GetSysVB 'Session'");
         const QStringList sent = f.gateway->statements();
         QCOMPARE(sent.mid(0, expected.size()), expected);
