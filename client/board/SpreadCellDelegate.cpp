@@ -13,12 +13,12 @@ void SpreadCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
         // Background and selection without the check box, then the box in the middle.
         opt.features &= ~QStyleOptionViewItem::HasCheckIndicator;
         style->drawControl(QStyle::CE_ItemViewItem, &opt, painter, opt.widget);
-        QStyleOptionViewItem box = option;
-        const QRect indicator =
-            style->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &box, opt.widget);
-        box.rect = QRect(QPoint(), indicator.size());
+        QStyleOptionViewItem box = opt;
+        const int w = style->pixelMetric(QStyle::PM_IndicatorWidth, &opt, opt.widget);
+        const int h = style->pixelMetric(QStyle::PM_IndicatorHeight, &opt, opt.widget);
+        box.rect = QRect(0, 0, w, h);
         box.rect.moveCenter(option.rect.center());
-        box.state &= ~(QStyle::State_On | QStyle::State_Off);
+        box.state &= ~(QStyle::State_On | QStyle::State_Off | QStyle::State_NoChange);
         box.state |= check.toInt() == Qt::Checked ? QStyle::State_On : QStyle::State_Off;
         style->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, painter, opt.widget);
     } else {

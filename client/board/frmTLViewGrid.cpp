@@ -8,7 +8,9 @@
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
 #include "support/modTLErrorManagement.h"
+#include <QLayout>
 #include <QScrollBar>
+#include <QStyle>
 #include <cmath>
 
 namespace {
@@ -71,10 +73,16 @@ void frmTLView::FormatGridSize(bool blnDontRedraw) {
         const TLSpreadColumns& columns = TLMain().SpreadColumns();
         for (const Column& c : kFixedWidths)
             gridStatus->SetColWidth((columns.*c.number)(), c.twips);
+        // The grid's inside, less room for a vertical scroll bar, so that the rows never need
+        // a horizontal one; the fixed columns are taken as they came out in whole pixels.
         const int inner = gridStatus->width() - 2 * gridStatus->frameWidth() -
                           gridStatus->verticalScrollBar()->sizeHint().width();
-        gridStatus->SetColWidth(columns.Comment(),
-                                Twips::FromPixelsX(inner, gridStatus) - kFixedWidthsTotal);
+        int fixed = 0;
+        for (const Column& c : kFixedWidths)
+            fixed += gridStatus->columnWidth((columns.*c.number)() - 1);
+        const int rounding = Twips::FromPixelsX(fixed, gridStatus) - kFixedWidthsTotal;
+        gridStatus->SetColWidth(columns.Comment(), Twips::FromPixelsX(inner, gridStatus) -
+                                                       kFixedWidthsTotal - rounding);
     }
     if (!blnDontRedraw)
         gridStatus->SetReDraw(true);
@@ -117,8 +125,15 @@ void frmTLView::FormatFormSize() {
         gridStatus->setGeometry(gridLeft, gridTop, std::max(fmeMain->width() - px(700), 0),
                                 std::max(fmeMain->height() - py(650), 0));
         FormatGridSize(false);
-        if (exitSpace)
-            exitSpace->setFixedWidth(std::max(ToolbarTop->width() - buttons - px(200), 0));
+        if (exitSpace) {
+            // The toolbar's own margins and gaps come off too, so "Exit" stays on the bar.
+            const auto* bar = ToolbarTop->layout();
+            const QMargins margins = bar->contentsMargins();
+            const int gaps = bar->spacing() * int(ToolbarTop->actions().size()) + margins.left() +
+                             margins.right() +
+                             style()->pixelMetric(QStyle::PM_ToolBarExtensionExtent);
+            exitSpace->setFixedWidth(std::max(ToolbarTop->width() - buttons - px(200) - gaps, 0));
+        }
     });
 }
 

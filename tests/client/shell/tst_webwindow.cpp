@@ -1,7 +1,9 @@
 #include "../platform/FreshUserFolders.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
+#include "board/frmTLView.h"
 #include "config/frmTLSettings.h"
+#include "directory/TLStatusRow.h"
 #include "shell/TLMain.h"
 #include "shell/WebEngineSetup.h"
 #include "shell/frmTLMain.h"
@@ -33,6 +35,42 @@ private slots:
         QCOMPARE(request.body, QByteArray("UserName=&Password="));
         QCOMPARE(request.header("content-type"), QByteArray("application/x-www-form-urlencoded"));
         QTRY_VERIFY_WITH_TIMEOUT(web.isMaximized(), 5000);
+    }
+
+    // Both administration links sign in first and wait for that page, then open theirs in the
+    // same window: the board's label the overview, the person's menu entry that person.
+    void administrationLinksSignInFirst() {
+        TestHttpServer site;
+        // The pages asked for, without the browser's own icon requests.
+        auto pages = [&site] {
+            QList<TestHttpServer::Request> asked;
+            for (const auto& request : site.requests())
+                if (request.path != "/favicon.ico")
+                    asked << request;
+            return asked;
+        };
+        site.setAnswer({200, "text/html", "<html><body>page</body></html>", 0});
+        TLMain().Settings().SetWebAddress(site.baseUrl());
+        auto& board = Form<frmTLView>();
+
+        board.lblAdmin_Click();
+        QTRY_COMPARE_WITH_TIMEOUT(pages().size(), 2, 20000);
+        QCOMPARE(pages()[0].method, QByteArray("POST"));
+        QCOMPARE(pages()[0].path, QByteArray("/logincheck.asp"));
+        QCOMPARE(pages()[1].method, QByteArray("GET"));
+        QCOMPARE(pages()[1].target, QByteArray("/Administrator.asp"));
+
+        auto person = std::make_shared<TLStatusRow>();
+        person->Contact().ContactSys = 1002;
+        person->Contact().UserSys = 5002;
+        board.ContextRow = person;
+        board.mnuAdmin->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(pages().size(), 4, 20000);
+        QCOMPARE(pages()[2].path, QByteArray("/logincheck.asp"));
+        QCOMPARE(pages()[3].target,
+                 QByteArray("/Administrator.asp?p=1002&v=5002&r=0&visit_num=0&sentby=menu"));
+        QVERIFY(Form<frmTLWeb>().isVisible());
+        Unload<frmTLView>();
     }
 };
 

@@ -1,0 +1,440 @@
+#include "../identity/SignInFixture.h"
+#include "base/Twips.h"
+#include "board/frmTLView.h"
+#include "directory/TLStatusRow.h"
+#include "identity/frmTLLogin.h"
+#include "platform/Desktop.h"
+#include "shell/modTLMain.h"
+#include "status/frmTLStatus.h"
+#include <QApplication>
+#include <QHeaderView>
+
+// The board against a real server with the demo organisation, driven by control name.
+class TestBoard : public QObject {
+    Q_OBJECT
+    SignInFixture f;
+    QString shots;
+
+    bool signIn(const QString& name) {
+        if (TLMain().ActiveUser().ValidUser())
+            TLMain().ActiveUser().Logout();
+        auto& login = Form<frmTLLogin>();
+        login.Login(true);
+        login.txtUserName->setText(name);
+        login.txtPassword->setText(QStringLiteral("demo"));
+        login.cmdOK->click();
+        // Every person of the organisation, whatever the location setting says.
+        TLMain().Settings().SetOrganizationLocationSys(0);
+        if (!TLMain().ActiveUser().ValidUser() || !LoadedForm<frmTLView>())
+            return false;
+        board().TabCategories->SelectKey(QStringLiteral("ViewChoiceStandard"));
+        return true;
+    }
+
+    frmTLView& board() { return *LoadedForm<frmTLView>(); }
+    SpreadGrid& grid() { return *board().gridStatus; }
+
+    // What the board sends for one action.
+    QStringList sentBy(const std::function<void()>& action) {
+        f.gateway->clear();
+        action();
+        return f.gateway->statements();
+    }
+
+    // Grid row (from 1) of a person in the standard view, 0 when absent.
+    int standardRowOf(int contactSys) {
+        for (int r = 1; r <= grid().MaxRows(); ++r)
+            if (grid().GetRowItemData(r) == contactSys)
+                return r;
+        return 0;
+    }
+
+    QString cellText(int row, int col) {
+        grid().Row = row;
+        grid().Col = col;
+        return grid().Text();
+    }
+
+    int cellValue(int row, int col) {
+        grid().Row = row;
+        grid().Col = col;
+        return grid().Value();
+    }
+
+    int organisationPeople() {
+        return f.query("SELECT COUNT(*) FROM contact WHERE organizationsys = 1").toInt();
+    }
+
+    void screenshot(QWidget* window, const QString& name) {
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QTest::qWait(50);
+        const QString path = shots + QLatin1Char('/') + name + QStringLiteral(".png");
+        QVERIFY(window->grab().save(path));
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(f.start(), qPrintable(f.server->failure()));
+        shots = qEnvironmentVariable("TAVLO_BINARY_DIR", QDir::tempPath()) +
+                QStringLiteral("/test-screenshots");
+        QDir().mkpath(shots);
+    }
+
+    void init() {
+        f.reset();
+        QVERIFY(signIn(QStringLiteral("ann")));
+        board().resize(900, 600);
+        board().TabGroups->SelectKey(QStringLiteral("AllKey"));
+        f.boxes.clear();
+    }
+
+    void standardViewShowsEveryoneInServerOrder() {
+        const QStringList sent = sentBy([&] { board().ReloadGrid(); });
+        QCOMPARE(sent,
+                 QStringList{QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")});
+        const auto& people = modTLMain::colContacts();
+        QCOMPARE(people.Count(), long(organisationPeople()));
+        QCOMPARE(grid().MaxRows(), int(people.Count()));
+        QCOMPARE(board().windowTitle(), QStringLiteral("Tavlo Standard View"));
+        const TLSpreadColumns columns;
+        const QStringList headers = {"My", "Name", "Ext", "Status", "Returning", "Time", "Comment"};
+        for (int c = 1; c <= 7; ++c)
+            QCOMPARE(grid().horizontalHeaderItem(c - 1)->text(), headers[c - 1]);
+        QVERIFY(!grid().horizontalHeader()->isHidden());
+        QVERIFY(grid().verticalHeader()->isHidden());
+        int r = 0;
+        bool sawStar = false;
+        for (const auto& entry : people) {
+            TLStatusRow& person = *entry.item;
+            ++r;
+            QCOMPARE(grid().GetRowItemData(r), person.Contact().ContactSys);
+            QCOMPARE(board().ContactKeys.At(r, columns.ContactName()), person.Key());
+            const QString star = person.User().ChatStatus() == 1 ? " *" : "";
+            sawStar = sawStar || !star.isEmpty();
+            QCOMPARE(cellText(r, columns.ContactName()),
+                     person.Contact().LastNameFirstName() + star);
+            QCOMPARE(cellText(r, columns.Ext()), person.Contact().Extension);
+            QCOMPARE(cellText(r, columns.Status()), person.Status().StatusText);
+            QCOMPARE(grid().item(r - 1, columns.Status() - 1)->background().color(),
+                     QColor(QLatin1Char('#') + person.Status().ColorCode));
+            QCOMPARE(cellValue(r, columns.MyContactCheck()), person.MyContact ? 1 : 0);
+            if (person.Status().StatusSys == 3) {
+                QCOMPARE(cellText(r, columns.ReturningDate()), QString());
+                QCOMPARE(cellText(r, columns.ReturningTime()), QString());
+            }
+        }
+        QVERIFY(sawStar);
+        // Ann's friends are ticked.
+        QCOMPARE(cellValue(standardRowOf(1002), 1), 1);
+        QCOMPARE(cellValue(standardRowOf(1004), 1), 0);
+        // From the second row on the name column is centred.
+        QCOMPARE(grid().item(0, 1)->textAlignment(), int(Qt::AlignCenter));
+        QVERIFY(grid().columnWidth(6) > 0); // the comment takes the rest
+        screenshot(&board(), QStringLiteral("board-standard"));
+    }
+
+    void miniView_data() {
+        QTest::addColumn<int>("across");
+        QTest::newRow("one across") << 1;
+        QTest::newRow("five across, an exact multiple") << 5;
+        QTest::newRow("six across") << 6;
+    }
+    void miniView() {
+        QFETCH(int, across);
+        TLMain().Settings().SetMaxColumns(across);
+        board().TabCategories->SelectKey(QStringLiteral("ViewChoiceMini"));
+        QCOMPARE(board().ActiveView, 2);
+        QCOMPARE(board().windowTitle(), QStringLiteral("Tavlo Mini View"));
+        const int n = organisationPeople();
+        QCOMPARE(grid().MaxCols(), across + 2);
+        // The row counter moves on after the last name: an exact multiple ends with an empty row.
+        QCOMPARE(grid().MaxRows(), n / across + 1);
+        QVERIFY(grid().horizontalHeader()->isHidden());
+        QVERIFY(grid().verticalHeader()->isHidden());
+        QVERIFY(grid().isColumnHidden(0)); // column 1
+        for (int c = 2; c <= across + 1; ++c) {
+            QVERIFY(!grid().isColumnHidden(c - 1));
+            QCOMPARE(grid().columnWidth(c - 1), Twips::ToPixelsX(2000, &grid()));
+        }
+        QVERIFY(grid().isColumnHidden(across + 1)); // the spare column no name reaches
+        int i = 0;
+        for (const auto& entry : modTLMain::colContacts()) {
+            const int row = 1 + i / across;
+            const int col = 2 + i % across;
+            QCOMPARE(board().ContactKeys.At(row, col), entry.item->Key());
+            QVERIFY(cellText(row, col).startsWith(entry.item->Contact().LastNameFirstName()));
+            ++i;
+        }
+        QCOMPARE(board().RowAtCell(1, 2)->Key(), modTLMain::colContacts()[1]->Key());
+        if (across == 5)
+            screenshot(&board(), QStringLiteral("board-mini"));
+
+        // Back to the standard view: header row and all seven columns return.
+        board().TabCategories->SelectKey(QStringLiteral("ViewChoiceStandard"));
+        QCOMPARE(grid().MaxCols(), 7);
+        QVERIFY(!grid().horizontalHeader()->isHidden());
+        for (int c = 0; c < 7; ++c)
+            QVERIFY(!grid().isColumnHidden(c));
+        QCOMPARE(grid().columnWidth(1), Twips::ToPixelsX(2500, &grid()));
+    }
+
+    void groupTabsAndFriends() {
+        QStringList sent = sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("KEY1")); });
+        QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_GetUserStatuses 1,NULL,1,5001,NULL")});
+        QCOMPARE(TLMain().ActiveGroup().GroupSys, 1);
+        const long sales = modTLMain::colContacts().Count();
+        QVERIFY(sales > 0 && sales < organisationPeople());
+
+        sent = sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("MyFriends")); });
+        QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_GetMyFriendsList 5001,1")});
+        QCOMPARE(board().ActiveScreen, 1);
+        QCOMPARE(TLMain().ActiveGroup().GroupSys, 1); // the friends list keeps the group
+        QCOMPARE(grid().MaxRows(), 4);
+
+        sent = sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("AllKey")); });
+        QCOMPARE(sent,
+                 QStringList{QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")});
+        QCOMPARE(board().ActiveScreen, 0);
+        QCOMPARE(TLMain().ActiveGroup().GroupSys, 0); // the failed look-up dropped the group
+    }
+
+    void friendBoxAddsAndRemoves() {
+        const int row = standardRowOf(1004);
+        QVERIFY(row > 0);
+        QStringList sent = sentBy([&] { board().gridStatus_DblClick(1, row); });
+        QCOMPARE(sent.value(0), QStringLiteral("EXECUTE tl_MyFriendsAdd 5001,1004"));
+        QCOMPARE(sent.size(), 2); // and the reload
+        QCOMPARE(cellValue(standardRowOf(1004), 1), 1);
+
+        board().TabGroups->SelectKey(QStringLiteral("MyFriends"));
+        QCOMPARE(grid().MaxRows(), 5);
+        int rowsWhenRemoved = -1;
+        f.gateway->setObserver([&](const QString& statement) {
+            if (statement.startsWith(QStringLiteral("EXECUTE tl_MyFriendsRemove")))
+                rowsWhenRemoved = grid().MaxRows();
+        });
+        sent = sentBy([&] { board().gridStatus_DblClick(1, standardRowOf(1004)); });
+        f.gateway->setObserver(nullptr);
+        QCOMPARE(sent.value(0), QStringLiteral("EXECUTE tl_MyFriendsRemove 5001,1004"));
+        QCOMPARE(rowsWhenRemoved, 4); // the row went before the server was asked
+        QCOMPARE(grid().MaxRows(), 4);
+        QCOMPARE(standardRowOf(1004), 0);
+    }
+
+    void friendByMenuSendsTheUserNumber() {
+        board().ContextRow = modTLMain::colContacts()[QStringLiteral("1005")];
+        const QStringList sent = sentBy([&] { board().mnuAddMyFriends->trigger(); });
+        QCOMPARE(sent, QStringList{QStringLiteral("EXECUTE tl_MyFriendsAdd 5001,5005")});
+        QCOMPARE(grid().item(standardRowOf(1005) - 1, 0)->checkState(), Qt::Unchecked); // no reload
+        f.query(QStringLiteral("DELETE FROM friend WHERE usersys = 5001 AND contactsys = 1005"));
+    }
+
+    void rightsDecideWhoseStatusOpens() {
+        QVERIFY(signIn(QStringLiteral("carol")));
+        f.boxes.clear();
+        board().gridStatus_DblClick(4, standardRowOf(1002));
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text,
+                 QStringLiteral("Sorry, you do not have sufficient rights to change this "
+                                "person's status."));
+        QCOMPARE(f.boxes[0].icon(), int(vb::vbInformation));
+        QVERIFY(!IsLoaded<frmTLStatus>());
+        // Double clicks on the headers do nothing.
+        board().gridStatus_DblClick(4, 0);
+        board().gridStatus_DblClick(0, 1);
+        QCOMPARE(f.boxes.size(), 1);
+
+        board().gridStatus_DblClick(4, standardRowOf(1003)); // carol herself
+        QVERIFY(IsLoaded<frmTLStatus>() && LoadedForm<frmTLStatus>()->isVisible());
+        QCOMPARE(LoadedForm<frmTLStatus>()->lblName->text(), QStringLiteral("Carol Nolan"));
+        Unload<frmTLStatus>();
+    }
+
+    void popupMenuFollowsRightsAndStatus() {
+        // Off the name column there is no key, so no menu.
+        board().gridStatus_RightClick(1, 4, 1, 10, 10);
+        QVERIFY(!board().ContextRow);
+        QVERIFY(!board().mnuStatusPopUp->isVisible());
+
+        const auto& people = modTLMain::colContacts();
+        std::shared_ptr<TLStatusRow> in;
+        for (const auto& entry : people)
+            if (entry.item->Status().StatusSys == 3 && entry.item->Contact().ContactSys != 1001)
+                in = entry.item;
+        QVERIFY(in);
+        board().gridStatus_RightClick(1, 2, standardRowOf(in->Contact().ContactSys), 10, 10);
+        QCOMPARE(board().ContextRow, in);
+        QVERIFY(board().mnuStatusPopUp->isVisible());
+        QVERIFY(!board().mnuStatusIn->isEnabled());
+        QVERIFY(board().mnuStatusOut->isEnabled());
+        QVERIFY(board().mnuStatusUnavailable->isEnabled());
+        QVERIFY(board().mnuStatusOther->isEnabled());
+        board().mnuStatusPopUp->close();
+
+        QVERIFY(signIn(QStringLiteral("carol")));
+        board().gridStatus_RightClick(1, 2, standardRowOf(in->Contact().ContactSys), 10, 10);
+        for (QAction* entry : {board().mnuStatusIn, board().mnuStatusOut,
+                               board().mnuStatusUnavailable, board().mnuStatusOther})
+            QVERIFY(!entry->isEnabled());
+        board().mnuStatusPopUp->close();
+    }
+
+    void menuStatusChangesReload() {
+        board().ContextRow = modTLMain::colContacts()[QStringLiteral("1002")];
+        const QStringList sent = sentBy([&] { board().mnuStatusOut->trigger(); });
+        QCOMPARE(sent.value(0), QStringLiteral("EXEC tl_SetStatus 1002,8,NULL,NULL,NULL,5001"));
+        QVERIFY(sent.contains(QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")));
+        QCOMPARE(modTLMain::colContacts()[QStringLiteral("1002")]->Status().StatusSys, 8);
+    }
+
+    void quickStatusLabelsSetOnesOwn() {
+        QStringList sent = sentBy([&] { emit board().lblStatusTransUnavailable->Click(); });
+        QCOMPARE(sent.value(0), QStringLiteral("EXEC tl_SetStatus 1001,6,NULL,NULL,NULL,5001"));
+        QCOMPARE(TLMain().ActiveStatus().StatusSys, 6);
+        sent = sentBy([&] { emit board().lblStatusTransIn->Click(); });
+        QCOMPARE(sent.value(0), QStringLiteral("EXEC tl_SetStatus 1001,3,NULL,NULL,NULL,5001"));
+    }
+
+    void toolTipNamesTheMoment() {
+        TLStatusRow row;
+        row.Contact().FirstName = QStringLiteral("Bob");
+        row.Contact().LastName = QStringLiteral("Marsh");
+        row.Contact().Extension = QStringLiteral("201");
+        row.Status().StatusSys = 8;
+        row.Status().StatusText = QStringLiteral("Out");
+        row.SetReturningText(QStringLiteral("01/01/00 12:00AM"));
+        QCOMPARE(frmTLView::ToolTipFor(row),
+                 QStringLiteral("Bob Marsh Ext: 201 Status: Out Returning: Unspecified "));
+        row.Comment = QStringLiteral("  ");
+        QCOMPARE(frmTLView::ToolTipFor(row),
+                 QStringLiteral("Bob Marsh Ext: 201 Status: Out Returning: Unspecified "));
+        row.Comment = QStringLiteral(" Back soon");
+        row.Status().StatusSys = 3;
+        row.Status().StatusText = QStringLiteral("In");
+        QCOMPARE(frmTLView::ToolTipFor(row),
+                 QStringLiteral("Bob Marsh Ext: 201 Status: In ( Back soon)"));
+
+        // The pointer over a person's cell gives that person's text; off the sheet none.
+        board().show();
+        QVERIFY(QTest::qWaitForWindowExposed(&board()));
+        const QRect cell = grid().visualRect(grid().model()->index(0, 3));
+        const QPoint at = grid().viewport()->mapTo(&grid(), cell.center());
+        board().gridStatus_MouseMove(0, 0, at.x(), at.y());
+        QCOMPARE(grid().ToolTipText(), frmTLView::ToolTipFor(*modTLMain::colContacts()[1]));
+        board().gridStatus_MouseMove(0, 0, -50, -50);
+        QCOMPARE(grid().ToolTipText(), QString());
+    }
+
+    void searchByNameExtensionAndOrganisation() {
+        auto& b = board();
+        b.ToolbarButton(3)->trigger();
+        QVERIFY(b.SearchVisible && b.fmeSearch->isVisible());
+        screenshot(&b, QStringLiteral("board-search"));
+        b.txtName->setText(QStringLiteral(" Lee* "));
+        QStringList sent = sentBy([&] { b.cmdAction[0]->click(); });
+        QCOMPARE(sent, QStringList{QStringLiteral("tl_SearchContacts 'Lee',1,'',5001")});
+        QVERIFY(grid().MaxRows() >= 1);
+        QVERIFY(cellText(1, 2).startsWith(QStringLiteral("Lee, ")));
+
+        b.txtName->clear();
+        b.txtExtension->setText(QStringLiteral("205"));
+        sent = sentBy([&] { QTest::keyClick(b.txtExtension, Qt::Key_Return); });
+        QCOMPARE(sent, QStringList{QStringLiteral("tl_SearchContacts '',1,'205',5001")});
+        QCOMPARE(grid().MaxRows(), 1);
+        QCOMPARE(cellText(1, 3), QStringLiteral("205"));
+
+        b.txtExtension->clear();
+        b.txtOrganization->setText(QStringLiteral("Nowhere Ltd"));
+        sent = sentBy([&] { b.cmdAction[0]->click(); });
+        QCOMPARE(sent, QStringList{QStringLiteral("EXECUTE tl_SearchCompany 'Nowhere Ltd'")});
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text, QStringLiteral("Sorry, no entries were found."));
+        QCOMPARE(grid().MaxRows(), 1); // the board keeps the last search
+
+        b.txtOrganization->setText(QStringLiteral(" %% * "));
+        sent = sentBy([&] { b.cmdAction[0]->click(); });
+        QVERIFY(sent.isEmpty());
+        QCOMPARE(QApplication::focusWidget(), b.txtName);
+
+        // Closing keeps the texts for the next opening.
+        b.cmdAction[1]->click();
+        QVERIFY(!b.SearchVisible && !b.fmeSearch->isVisible());
+        QVERIFY(!b.ToolbarButton(3)->isChecked());
+        b.ToolbarButton(3)->trigger();
+        QCOMPARE(b.txtOrganization->text(), QStringLiteral(" %% * "));
+    }
+
+    void refreshCountsDownOnlyOnScreen() {
+        auto& b = board();
+        auto& settings = TLMain().Settings();
+        b.show();
+        QLabel* panel = b.StatusBarBottom->Panel(QStringLiteral("nextrefresh"));
+        settings.RefreshInterval = 30;
+        b.lngRefreshTimerSeconds = 0;
+        QVERIFY(sentBy([&] { b.tmrRefresh_Timer(); }).isEmpty());
+        QCOMPARE(panel->text(), QStringLiteral("Refresh in: 29 seconds"));
+        settings.RefreshInterval = 1;
+        b.lngRefreshTimerSeconds = 0;
+        QCOMPARE(sentBy([&] { b.tmrRefresh_Timer(); }).size(), 1);
+        QCOMPARE(b.lngRefreshTimerSeconds, 0);
+        b.hide();
+        b.lngRefreshTimerSeconds = 5;
+        QVERIFY(sentBy([&] { b.tmrRefresh_Timer(); }).isEmpty());
+        QCOMPARE(panel->text(), QStringLiteral("No Network Detected"));
+        QCOMPARE(b.lngRefreshTimerSeconds, 0);
+        settings.RefreshInterval = 30;
+    }
+
+    void toolbarHelpRefreshAndExit() {
+        auto& b = board();
+        QCOMPARE(sentBy([&] { b.ToolbarButton(2)->trigger(); }).size(), 1);
+
+        QList<QUrl> opened;
+        Desktop::SetOpener([&](const QUrl& url) {
+            opened << url;
+            return true;
+        });
+        QFile::remove(frmTLView::HelpFilePath());
+        b.ToolbarButton(6)->trigger();
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text,
+                 QStringLiteral("The Help has not been installed on this system."));
+        QVERIFY(QDir().mkpath(QFileInfo(frmTLView::HelpFilePath()).path()));
+        QFile help(frmTLView::HelpFilePath());
+        QVERIFY(help.open(QIODevice::WriteOnly));
+        help.write("<html></html>");
+        help.close();
+        b.ToolbarButton(6)->trigger();
+        QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile(frmTLView::HelpFilePath())});
+        QFile::remove(frmTLView::HelpFilePath());
+        Desktop::SetOpener({});
+
+        // Exit without shutting down leaves the board in the tray.
+        TLMain().Settings().ExitShutdown = false;
+        b.show();
+        b.ToolbarButton(10)->trigger();
+        QTRY_VERIFY(!b.isVisible());
+        QVERIFY(IsLoaded<frmTLView>());
+    }
+
+    void myStatusOpensTheDialogOnOneself() {
+        board().ToolbarButton(1)->trigger();
+        QVERIFY(IsLoaded<frmTLStatus>());
+        auto& dialog = *LoadedForm<frmTLStatus>();
+        QCOMPARE(dialog.lblName->text(), TLMain().ActiveContact().FullName());
+        QCOMPARE(dialog.lblCurrentStatus->text(), TLMain().ActiveStatus().StatusText);
+        Unload<frmTLStatus>();
+    }
+
+    void logoffShowsTheSignIn() {
+        board().ToolbarButton(7)->trigger();
+        QVERIFY(!TLMain().ActiveUser().ValidUser());
+        QVERIFY(LoadedForm<frmTLLogin>()->isVisible());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!IsLoaded<frmTLView>());
+    }
+};
+
+QTEST_MAIN(TestBoard)
+#include "tst_board.moc"

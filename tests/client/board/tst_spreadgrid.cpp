@@ -1,0 +1,193 @@
+#include "board/ContactKeyTable.h"
+#include "board/SpreadGrid.h"
+#include "board/frmTLView.h"
+#include <QHeaderView>
+#include <QtTest>
+
+// The sheet adapter keeps the board's addressing: row 0 header, column 0 row header, -1 for a
+// whole row or column, one number carried per row.
+class TestSpreadGrid : public QObject {
+    Q_OBJECT
+
+    static void sheet(SpreadGrid& grid, int rows, int cols) {
+        grid.resize(600, 300);
+        grid.SetMaxCols(cols);
+        grid.SetMaxRows(rows);
+    }
+
+private slots:
+    void headerAndCellsAreAddressedFromOne() {
+        SpreadGrid grid;
+        sheet(grid, 3, 4);
+        grid.Row = 0;
+        grid.Col = 2;
+        grid.SetText(QStringLiteral("Name"));
+        QCOMPARE(grid.horizontalHeaderItem(1)->text(), QStringLiteral("Name"));
+        QCOMPARE(grid.Text(), QStringLiteral("Name"));
+        grid.Row = 3;
+        grid.Col = 4;
+        grid.SetText(QStringLiteral("corner"));
+        QCOMPARE(grid.item(2, 3)->text(), QStringLiteral("corner"));
+        // Outside the sheet nothing is written and nothing grows.
+        grid.Row = 4;
+        grid.SetText(QStringLiteral("lost"));
+        QCOMPARE(grid.MaxRows(), 3);
+        QCOMPARE(grid.Text(), QString());
+    }
+
+    void wholeColumnSettingsHoldForLaterCells() {
+        SpreadGrid grid;
+        sheet(grid, 2, 3);
+        grid.Row = -1;
+        grid.Col = 1;
+        grid.SetCellType(SpreadGrid::CellKind::CheckBox);
+        grid.SetTypeHAlign(SpreadGrid::kAlignCenter);
+        grid.SetMaxRows(5);
+        grid.Row = 5;
+        grid.SetValue(1);
+        QCOMPARE(grid.Value(), 1);
+        QCOMPARE(grid.item(4, 0)->textAlignment(), int(Qt::AlignCenter));
+        grid.Row = 4; // made by the whole-column write, never written itself
+        grid.SetText(QString());
+        QCOMPARE(grid.item(3, 0)->checkState(), Qt::Unchecked);
+        // A check box changes only when the program writes it.
+        QVERIFY(!(grid.item(4, 0)->flags() & Qt::ItemIsUserCheckable));
+        QVERIFY(!(grid.item(4, 0)->flags() & Qt::ItemIsEditable));
+        // A whole row: every column of it.
+        grid.Row = 2;
+        grid.Col = -1;
+        grid.SetBackColor(0x0000C0); // red in the low byte
+        for (int c = 0; c < 3; ++c)
+            QCOMPARE(grid.item(1, c)->background().color(), QColor(0xC0, 0, 0));
+    }
+
+    void headersHideByRowAndColumnZero() {
+        SpreadGrid grid;
+        sheet(grid, 2, 3);
+        grid.show();
+        grid.Row = 0;
+        grid.Col = -1;
+        grid.SetRowHidden(true);
+        QVERIFY(grid.horizontalHeader()->isHidden());
+        grid.Row = -1;
+        grid.Col = 0;
+        grid.SetColHidden(true);
+        QVERIFY(grid.verticalHeader()->isHidden());
+        grid.Col = 2;
+        grid.SetColHidden(true);
+        QVERIFY(grid.isColumnHidden(1));
+        grid.Row = 0;
+        grid.Col = -1;
+        grid.SetRowHidden(false);
+        QVERIFY(!grid.horizontalHeader()->isHidden());
+    }
+
+    void rowDataFollowsRowsAndGoesWithTheSheet() {
+        SpreadGrid grid;
+        sheet(grid, 4, 2);
+        for (int r = 1; r <= 4; ++r) {
+            grid.SetRowItemData(r, 1000 + r);
+            grid.Row = r;
+            grid.Col = 1;
+            grid.SetText(QString::number(r));
+        }
+        grid.Row = 2;
+        grid.Row2 = 3;
+        grid.Col = -1;
+        grid.DeleteRows();
+        QCOMPARE(grid.MaxRows(), 4); // the size stays; the caller lowers it
+        QCOMPARE(grid.GetRowItemData(2), 1004);
+        QCOMPARE(grid.item(1, 0)->text(), QStringLiteral("4"));
+        QCOMPARE(grid.GetRowItemData(3), 0);
+        grid.SetMaxRows(0);
+        grid.SetMaxRows(2);
+        QCOMPARE(grid.GetRowItemData(1), 0);
+        QCOMPARE(grid.item(0, 0), nullptr);
+        QCOMPARE(grid.GetRowItemData(99), 0);
+    }
+
+    void widthsAreTwips() {
+        SpreadGrid grid;
+        sheet(grid, 1, 2);
+        grid.SetColWidth(1, 1440);
+        QCOMPARE(grid.columnWidth(0), grid.logicalDpiX());
+        QCOMPARE(grid.ColWidth(1), 1440);
+        grid.SetColWidth(2, -300); // a window narrower than the fixed columns
+        QCOMPARE(grid.columnWidth(1), 0);
+    }
+
+    void cellUnderThePointer() {
+        SpreadGrid grid;
+        sheet(grid, 3, 3);
+        grid.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&grid));
+        const QRect cell = grid.visualRect(grid.model()->index(1, 2));
+        const QPoint inCell = grid.viewport()->mapTo(&grid, cell.center());
+        int col = 0;
+        int row = 0;
+        grid.GetCellFromScreenCoord(col, row, inCell.x(), inCell.y());
+        QCOMPARE(QPoint(col, row), QPoint(3, 2));
+        const QPoint onHeader = grid.horizontalHeader()->geometry().center();
+        grid.GetCellFromScreenCoord(col, row, onHeader.x(), onHeader.y());
+        QCOMPARE(row, 0);
+        const QPoint below =
+            grid.viewport()->mapTo(&grid, QPoint(5, grid.viewport()->height() - 2));
+        grid.GetCellFromScreenCoord(col, row, below.x(), below.y());
+        QCOMPARE(row, -1);
+
+        QSignalSpy doubles(&grid, &SpreadGrid::DblClick);
+        QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, cell.center());
+        QCOMPARE(doubles.size(), 1);
+        QCOMPARE(doubles[0], (QList<QVariant>{3, 2}));
+        QSignalSpy rights(&grid, &SpreadGrid::RightClick);
+        QTest::mousePress(grid.viewport(), Qt::RightButton, {}, cell.center());
+        QCOMPARE(rights.size(), 1);
+        QCOMPARE(rights[0].mid(0, 3), (QList<QVariant>{1, 3, 2}));
+    }
+
+    void keyTableReadsEmptyOutside() {
+        ContactKeyTable keys;
+        keys.Redim(2, 3);
+        keys.Set(2, 3, QStringLiteral("1001"));
+        keys.Set(3, 0, QStringLiteral("lost"));
+        QCOMPARE(keys.At(2, 3), QStringLiteral("1001"));
+        QCOMPARE(keys.At(3, 0), QString());
+        QCOMPARE(keys.At(-1, 0), QString());
+        keys.Redim(1, 1);
+        QCOMPARE(keys.At(1, 1), QString());
+    }
+
+    void listStatements_data() {
+        QTest::addColumn<int>("screen");
+        QTest::addColumn<int>("group");
+        QTest::addColumn<int>("location");
+        QTest::addColumn<QString>("statement");
+        QTest::newRow("all, no location")
+            << 0 << 0 << 0 << "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL";
+        QTest::newRow("all, every location")
+            << 0 << 0 << -1 << "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL";
+        QTest::newRow("group and location")
+            << 0 << 3 << 2 << "EXEC tl_GetUserStatuses 3,NULL,1,5001,2";
+        QTest::newRow("friends") << 1 << 3 << 2 << "EXEC tl_GetMyFriendsList 5001,7";
+        QTest::newRow("companies") << 2 << 0 << 0 << "EXEC tl_GetCompanyList 5001";
+        QTest::newRow("unknown list") << 5 << 0 << 0 << "";
+    }
+    void listStatements() {
+        QFETCH(int, screen);
+        QFETCH(int, group);
+        QFETCH(int, location);
+        QFETCH(QString, statement);
+        QCOMPARE(frmTLView::ListStatement(screen, 5001, group, 1, 0, location, 7), statement);
+    }
+
+    void searchTextsLoseTheirWildcards() {
+        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral(" %Lee% ")), QStringLiteral("Lee"));
+        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("%% %")), QString());
+        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("*")), QString());
+        // Trimmed before the star goes: a blank in front of it stays.
+        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("Lee *")), QStringLiteral("Lee "));
+    }
+};
+
+QTEST_MAIN(TestSpreadGrid)
+#include "tst_spreadgrid.moc"
