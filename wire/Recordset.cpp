@@ -45,8 +45,11 @@ int Recordset::columnIndex(const QString& name) const {
     // Callers mostly spell a column as the server does; only a miss pays for lower-casing.
     if (const auto it = m_exact.constFind(name); it != m_exact.cend())
         return it.value();
+    // Any other spelling, and a column that isn't there, is looked up once and remembered.
     const auto it = m_index.constFind(name.toLower());
-    return it == m_index.cend() ? -1 : it.value();
+    const int column = it == m_index.cend() ? -1 : it.value();
+    m_exact.insert(name, column);
+    return column;
 }
 
 Field Recordset::Fields(const QString& name) const {

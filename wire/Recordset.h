@@ -48,8 +48,8 @@ public:
 private:
     int columnIndex(const QString& name) const; // -1 when absent
     Rowset m_rowset;
-    QHash<QString, int> m_exact; // name as the server spells it -> column
-    QHash<QString, int> m_index; // lower-cased name -> column
+    mutable QHash<QString, int> m_exact; // name as asked for -> column, or -1 when absent
+    QHash<QString, int> m_index;         // lower-cased name -> column
     long m_position = 0;
     bool m_open = false;
 };

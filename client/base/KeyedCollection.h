@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TLError.h"
+#include <QHash>
 #include <QString>
 #include <memory>
 #include <vector>
@@ -14,9 +15,13 @@ public:
     long Count() const { return static_cast<long>(m_items.size()); }
 
     void Add(Item item, const QString& key = QString()) {
-        if (!key.isEmpty() && find(key) >= 0)
-            Raise(err::DuplicateKey);
-        m_items.push_back({std::move(item), key.toLower()});
+        const QString folded = key.toLower();
+        if (!folded.isEmpty()) {
+            if (m_index.contains(folded))
+                Raise(err::DuplicateKey);
+            m_index.insert(folded, m_items.size());
+        }
+        m_items.push_back({std::move(item), folded});
     }
 
     const Item& Item_(long index) const {
@@ -39,14 +44,19 @@ public:
         if (index < 1 || index > Count())
             Raise(err::BadArgument);
         m_items.erase(m_items.begin() + (index - 1));
+        reindex();
     }
     void Remove(const QString& key) {
         const long at = find(key);
         if (at < 0)
             Raise(err::BadArgument);
         m_items.erase(m_items.begin() + at);
+        reindex();
     }
-    void Clear() { m_items.clear(); }
+    void Clear() {
+        m_items.clear();
+        m_index.clear();
+    }
 
     auto begin() const { return m_items.begin(); }
     auto end() const { return m_items.end(); }
@@ -57,11 +67,15 @@ private:
         QString key; // lower-cased; empty when added without a key
     };
     long find(const QString& key) const {
-        const QString wanted = key.toLower();
+        const auto it = m_index.constFind(key.toLower());
+        return it == m_index.cend() ? -1 : static_cast<long>(it.value());
+    }
+    void reindex() {
+        m_index.clear();
         for (size_t i = 0; i < m_items.size(); ++i)
-            if (!m_items[i].key.isEmpty() && m_items[i].key == wanted)
-                return static_cast<long>(i);
-        return -1;
+            if (!m_items[i].key.isEmpty())
+                m_index.insert(m_items[i].key, i);
     }
     std::vector<Entry> m_items;
+    QHash<QString, size_t> m_index; // lower-cased key -> position
 };

@@ -2,8 +2,10 @@
 
 #include "TLError.h"
 
+#include <QHash>
 #include <QLocale>
 #include <QRegularExpression>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -96,7 +98,7 @@ std::optional<QTime> parseTimePart(const QString& text) {
     return t.isValid() ? std::optional(t) : std::nullopt;
 }
 
-std::optional<QDateTime> parseMoment(const QString& raw) {
+std::optional<QDateTime> readMoment(const QString& raw) {
     const QString text = raw.trimmed();
     if (text.isEmpty())
         return std::nullopt;
@@ -105,9 +107,8 @@ std::optional<QDateTime> parseMoment(const QString& raw) {
     if (auto t = parseTimePart(text))
         return QDateTime(kZeroDate, *t);
     // A date and a time: split at the last blank (or a 'T') that leaves a readable date.
-    static const QRegularExpression splitter(QStringLiteral(R"([\sT])"));
     for (qsizetype at = text.size() - 1; at > 0; --at) {
-        if (!splitter.match(text.mid(at, 1)).hasMatch())
+        if (!text[at].isSpace() && text[at] != u'T')
             continue;
         const auto d = parseDatePart(text.left(at).trimmed());
         const auto t = parseTimePart(text.mid(at + 1).trimmed());
@@ -115,6 +116,26 @@ std::optional<QDateTime> parseMoment(const QString& raw) {
             return QDateTime(*d, *t);
     }
     return std::nullopt;
+}
+
+// The same texts are read again and again (a board row asks whether its returning text is a
+// date, then for its day, then for its time), so the answers of recent texts are kept.
+using MomentCache = QHash<QString, std::optional<QDateTime>>;
+MomentCache& momentCache() {
+    thread_local MomentCache cache;
+    return cache;
+}
+
+std::optional<QDateTime> parseMoment(const QString& raw) {
+    constexpr qsizetype kKept = 4096;
+    MomentCache& cache = momentCache();
+    if (const auto it = cache.constFind(raw); it != cache.cend())
+        return it.value();
+    if (cache.size() >= kKept)
+        cache.clear();
+    const auto moment = readMoment(raw);
+    cache.insert(raw, moment);
+    return moment;
 }
 
 // The leading number of a text, as Val reads it: blanks anywhere are skipped.
@@ -177,6 +198,7 @@ const Forms& Current() {
 
 void SetForms(const Forms& f) {
     forms() = f;
+    momentCache().clear();
 }
 
 QString DateText(const QDate& date) {
@@ -216,7 +238,7 @@ bool IsNumeric(const QString& text) {
     if (!m.hasMatch())
         return false;
     // At least one digit before or after the point.
-    return t.contains(QRegularExpression(QStringLiteral(R"(\d)")));
+    return std::any_of(t.cbegin(), t.cend(), [](QChar c) { return c.isDigit(); });
 }
 
 double Val(const QString& text) {
@@ -348,8 +370,9 @@ QString Format(double value, const QString& pattern) {
     const double scaled = percent ? value * 100.0 : value;
     const double rounded = roundHalfAway(scaled, decimals);
     QString text = QString::number(rounded, 'f', decimals);
-    if (text.startsWith(QLatin1String("-")) &&
-        QString(text).remove(QRegularExpression(QStringLiteral("[-0.]"))).isEmpty())
+    if (text.startsWith(QLatin1String("-")) && std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+            return c == u'-' || c == u'0' || c == u'.';
+        }))
         text.remove(0, 1); // no negative zero
     return percent ? text + QLatin1Char('%') : text;
 }

@@ -75,10 +75,15 @@ QTableWidgetItem* SpreadGrid::cell(int row, int col) {
     QTableWidgetItem* existing = item(row - 1, col - 1);
     if (existing)
         return existing;
-    auto* created = new QTableWidgetItem();
+    auto* created = newCell(col);
+    setItem(row - 1, col - 1, created); // the table owns it
+    return created;
+}
+
+QTableWidgetItem* SpreadGrid::newCell(int col) const {
+    auto* created = new QTableWidgetItem(); // owned by the caller until it goes into the table
     created->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
     applyDefaults(created, col);
-    setItem(row - 1, col - 1, created); // the table owns it
     return created;
 }
 
@@ -91,6 +96,14 @@ const QTableWidgetItem* SpreadGrid::existingCell(int row, int col) const {
 // Calls apply(item, row, col) for each cell that Row and Col address: one cell, a whole
 // column (Row -1), a whole row (Col -1) or the whole sheet. Header cells aren't included.
 template <class F> void SpreadGrid::forEachAddressed(F&& apply) {
+    // One new cell is written before it goes into the table: one insertion, no change signal.
+    if (Row >= 1 && Col >= 1 && Row <= rowCount() && Col <= columnCount() &&
+        !item(Row - 1, Col - 1)) {
+        auto* created = newCell(Col);
+        apply(created, Row, Col);
+        setItem(Row - 1, Col - 1, created); // the table owns it
+        return;
+    }
     const int firstRow = Row == -1 ? 1 : Row;
     const int lastRow = Row == -1 ? rowCount() : Row;
     const int firstCol = Col == -1 ? 1 : Col;

@@ -98,6 +98,7 @@ private:
     };
     template <class F> void forEachAddressed(F&& apply);
     QTableWidgetItem* cell(int row, int col);
+    QTableWidgetItem* newCell(int col) const;
     const QTableWidgetItem* existingCell(int row, int col) const;
     void applyDefaults(QTableWidgetItem* item, int col) const;
     ColumnDefaults& defaults(int col);

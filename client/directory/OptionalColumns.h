@@ -36,6 +36,11 @@ private:
         try {
             if (!m_recordset)
                 return;
+            // Asked first, so a result without the column costs no raised failure.
+            if (!m_recordset->HasField(column)) {
+                m_missing += label;
+                return;
+            }
             const QVariant value = m_recordset->Fields(column).Value();
             if (Variants::IsNull(value))
                 return;

@@ -43,9 +43,7 @@ void raiseWindowTitled(const QString& title) {
 }
 
 template <class T> void clearCollection(KeyedCollection<T>& collection) {
-    const long count = collection.Count();
-    for (long i = 1; i <= count; ++i)
-        collection.Remove(1);
+    collection.Clear();
 }
 
 } // namespace
