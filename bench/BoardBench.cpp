@@ -5,6 +5,7 @@
 #include "board/frmTLView.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
+#include "wire/Recordset.h"
 #include <QApplication>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
@@ -39,6 +40,19 @@ void BM_LoadGridMini(benchmark::State& state) {
     loadBoard(state, frmTLView::kMiniView);
 }
 BENCHMARK(BM_LoadGridMini)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+// The gateway call and the rowset read alone, for the share of the load that isn't the sheet.
+void BM_LoadADOFromWeb(benchmark::State& state) {
+    TestHttpServer server;
+    server.setAnswer({200, "text/xml", BoardAnswer::Xml(), 0});
+    TLMain().Settings().SetWebAddress(server.baseUrl());
+    for (auto _ : state) {
+        auto rs = TLMain().DataAccess().LoadADOFromWeb(
+            QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL"));
+        benchmark::DoNotOptimize(rs);
+    }
+}
+BENCHMARK(BM_LoadADOFromWeb)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 } // namespace
 

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr int kLockedRole = Qt::UserRole + 2;
-
 Qt::Alignment alignmentOf(int align) {
     switch (align) {
     case SpreadGrid::kAlignRight:
@@ -155,9 +153,9 @@ void SpreadGrid::SetBackColor(std::int32_t colorNumber) {
     forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setBackground(color); });
 }
 
-void SpreadGrid::SetLock(bool locked) {
-    forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setData(kLockedRole, locked); });
-}
+// Cells are never edited in place on this sheet, so every cell is locked already; a lock
+// changes nothing that shows.
+void SpreadGrid::SetLock(bool) {}
 
 void SpreadGrid::SetCellType(CellKind kind) {
     if (Row == -1 && Col >= 1)
