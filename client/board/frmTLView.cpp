@@ -22,6 +22,7 @@ namespace {
 constexpr std::int32_t kStatusIn = 3;
 constexpr std::int32_t kStatusUnavailable = 6;
 constexpr int kExitSpaceIndex = 9;
+constexpr std::int32_t kAdministrator = 10000000;
 
 template <class Label = QLabel>
 Label* namedLabel(const QString& name, const QString& text, QWidget* parent) {
@@ -230,6 +231,11 @@ void frmTLView::Form_Load() {
             TabCategories->SelectKey(QStringLiteral("ViewChoiceMini"));
         LoadLegendColors();
     }
+    // A board opened anew shows the administration links only to an administrator.
+    const bool admin = TLMain().ActiveUser().ValidUser() &&
+                       TLMain().ActiveUser().CheckSecurity(kAdministrator, QString());
+    lblAdmin->setVisible(admin);
+    mnuAdmin->setVisible(admin);
     UpdateStatusBar();
     UpdateNoteCount();
 }

@@ -189,7 +189,7 @@ void ManageApplicationSecurity() {
             const bool admin = root.ActiveUser().CheckSecurity(10000000, QString());
             auto& board = Form<frmTLView>();
             board.lblAdmin->setVisible(admin);
-            board.mnuAdmin->setEnabled(admin);
+            board.mnuAdmin->setVisible(admin);
         }
         tray.mnuSignIn->setEnabled(!valid);
         for (QAction* entry : {tray.mnuSignOut, tray.mnuMiniView, tray.mnuStandardView,

@@ -4,6 +4,7 @@
 #include "directory/TLStatusRow.h"
 #include "identity/frmTLLogin.h"
 #include "platform/Desktop.h"
+#include "shell/frmTLMain.h"
 #include "shell/modTLMain.h"
 #include "status/frmTLStatus.h"
 #include <QApplication>
@@ -278,6 +279,14 @@ private slots:
                                board().mnuStatusUnavailable, board().mnuStatusOther})
             QVERIFY(!entry->isEnabled());
         board().mnuStatusPopUp->close();
+        // No administration links without the right, also on a board opened anew.
+        QVERIFY(!board().mnuAdmin->isVisible());
+        QVERIFY(!board().lblAdmin->isVisibleTo(&board()));
+        board().close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        Form<frmTLMain>().ShowApplicationView(1);
+        QVERIFY(!board().mnuAdmin->isVisible());
+        QVERIFY(!board().lblAdmin->isVisibleTo(&board()));
     }
 
     void menuStatusChangesReload() {
