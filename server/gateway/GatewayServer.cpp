@@ -1,9 +1,11 @@
 #include "GatewayServer.h"
 
 #include "GatewayEndpoint.h"
+#include "web/AdminPages.h"
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
 #include "web/WebBoard.h"
+#include "web/WebSessions.h"
 #include <httplib.h>
 #include <sys/socket.h>
 
@@ -12,6 +14,7 @@ struct GatewayServer::Impl {
     Database& db;
     GatewayEndpoint endpoint;
     httplib::Server http;
+    WebSessions sessions;
     int port = 0;
     int socket = -1;
 };
@@ -25,6 +28,14 @@ constexpr size_t kPayloadLimit = 16 * 1024;
 void answerHtml(httplib::Response& res, int status, const QString& html) {
     res.status = status;
     res.set_content(html.toStdString(), "text/html; charset=utf-8");
+}
+
+// The fields of a page request, from the query and the posted form alike.
+QHash<QString, QString> fieldsOf(const httplib::Request& req) {
+    QHash<QString, QString> fields;
+    for (const auto& [name, value] : req.params)
+        fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+    return fields;
 }
 
 } // namespace
@@ -56,19 +67,30 @@ GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
         res.set_content(ok ? "ok\n" : "database unavailable\n", "text/plain");
     });
     auto reset = [this](const httplib::Request& req, httplib::Response& res) {
-        QHash<QString, QString> fields;
-        for (const auto& [name, value] : req.params)
-            fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+        const QHash<QString, QString> fields = fieldsOf(req);
         const ResetPage::Page page = ResetPage::Handle(d->db, req.method == "POST", fields);
         answerHtml(res, page.status, page.html);
     };
     auto loginCheck = [this](const httplib::Request& req, httplib::Response& res) {
-        QHash<QString, QString> fields;
-        for (const auto& [name, value] : req.params)
-            fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+        const QHash<QString, QString> fields = fieldsOf(req);
         const WebBoard::Page page = WebBoard::LoginCheck(d->db, fields);
+        if (page.signedInUser >= 0)
+            res.set_header("Set-Cookie", (QString::fromLatin1(WebSessions::kCookie) +
+                                          QLatin1Char('=') + d->sessions.Open(page.signedInUser) +
+                                          QStringLiteral("; Path=/; HttpOnly; SameSite=Lax"))
+                                             .toStdString());
         answerHtml(res, page.status, page.html);
     };
+    auto administrator = [this](const httplib::Request& req, httplib::Response& res) {
+        const QHash<QString, QString> fields = fieldsOf(req);
+        const QString token =
+            WebSessions::TokenIn(QString::fromStdString(req.get_header_value("Cookie")));
+        const WebBoard::Page page =
+            AdminPages::Administrator(d->db, d->sessions.UserOf(token), fields);
+        answerHtml(res, page.status, page.html);
+    };
+    http.Get("/Administrator.asp", administrator);
+    http.Post("/Administrator.asp", administrator);
     http.Get("/logincheck.asp", loginCheck);
     http.Post("/logincheck.asp", loginCheck);
     http.Get("/reset", reset);

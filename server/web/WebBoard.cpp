@@ -9,7 +9,7 @@
 namespace WebBoard {
 namespace {
 
-QString page(const QString& title, const QString& body) {
+QString pageHtml(const QString& title, const QString& body) {
     return QStringLiteral(
                "<!DOCTYPE html><html><head><meta charset=\"utf-8\"><title>%1</title><style>"
                "body{font-family:sans-serif;margin:1.5em}table{border-collapse:collapse}"
@@ -20,7 +20,7 @@ QString page(const QString& title, const QString& body) {
         .arg(title.toHtmlEscaped(), body);
 }
 
-Page signInForm(int status, const QString& reason) {
+Page signInFormPage(int status, const QString& reason) {
     QString body = QStringLiteral("<h1>Tavlo</h1>");
     if (!reason.isEmpty())
         body += QStringLiteral("<p><strong>%1</strong></p>").arg(reason.toHtmlEscaped());
@@ -30,7 +30,7 @@ Page signInForm(int status, const QString& reason) {
                        "<p><label>Password <input type=\"password\" name=\"Password\" "
                        "maxlength=\"64\"></label></p>"
                        "<p><button type=\"submit\">Sign In</button></p></form>");
-    return {status, page(QStringLiteral("Tavlo"), body)};
+    return {status, pageHtml(QStringLiteral("Tavlo"), body)};
 }
 
 struct Account {
@@ -87,19 +87,27 @@ Page LoginCheck(Database& db, const QHash<QString, QString>& fields) {
     const QString userName = fields.value(QStringLiteral("UserName"));
     const QString password = fields.value(QStringLiteral("Password"));
     if (userName.isEmpty())
-        return signInForm(200, QString());
+        return signInFormPage(200, QString());
     const Account account = findAccount(db, userName, password);
     if (account.userSys < 0)
-        return signInForm(401, QStringLiteral("Invalid Login, please try again!"));
+        return signInFormPage(401, QStringLiteral("Invalid Login, please try again!"));
     if (account.removed)
-        return signInForm(403, QStringLiteral("Your account has been removed."));
+        return signInFormPage(403, QStringLiteral("Your account has been removed."));
     if (account.disabled)
-        return signInForm(403, QStringLiteral("Your organization has been disabled."));
+        return signInFormPage(403, QStringLiteral("Your organization has been disabled."));
     const QString title = QStringLiteral("Tavlo - ") + account.organizationName;
-    return {
-        200,
-        page(title,
-             QStringLiteral("<h1>%1</h1>%2").arg(title.toHtmlEscaped(), boardTable(db, account)))};
+    return {200,
+            pageHtml(title, QStringLiteral("<h1>%1</h1>%2")
+                                .arg(title.toHtmlEscaped(), boardTable(db, account))),
+            account.userSys};
+}
+
+QString Html(const QString& title, const QString& body) {
+    return pageHtml(title, body);
+}
+
+Page SignInForm(int status, const QString& reason) {
+    return signInFormPage(status, reason);
 }
 
 } // namespace WebBoard

@@ -13,8 +13,13 @@ namespace WebBoard {
 struct Page {
     int status = 200;
     QString html;
+    qint64 signedInUser = -1; // a good sign-in: the user, for the session
 };
 
 Page LoginCheck(Database& db, const QHash<QString, QString>& fields);
+
+// A whole page of the site around a body, and the sign-in form with a reason above it.
+QString Html(const QString& title, const QString& body);
+Page SignInForm(int status, const QString& reason);
 
 } // namespace WebBoard
