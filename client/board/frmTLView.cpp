@@ -1,5 +1,6 @@
 #include "board/frmTLView.h"
 
+#include "directory/StatusNumbers.h"
 #include "base/MsgBox.h"
 #include "base/TLError.h"
 #include "board/ToolbarIcons.h"
@@ -19,8 +20,6 @@
 
 namespace {
 
-constexpr std::int32_t kStatusIn = 3;
-constexpr std::int32_t kStatusUnavailable = 6;
 constexpr int kExitSpaceIndex = 9;
 constexpr std::int32_t kAdministrator = 10000000;
 

@@ -1,5 +1,6 @@
 // What the user does to the people on the board: status changes, friends, the tool tip, the
 // pop-up menu and the web administration.
+#include "directory/StatusNumbers.h"
 #include "base/MsgBox.h"
 #include "base/Screen.h"
 #include "base/TLError.h"
@@ -13,9 +14,6 @@
 
 namespace {
 
-constexpr std::int32_t kStatusIn = 3;
-constexpr std::int32_t kStatusUnavailable = 6;
-constexpr std::int32_t kStatusOut = 8;
 constexpr std::int32_t kChangeOthersStatus = 10000016;
 constexpr int kSignInWaitMs = 15000;
 

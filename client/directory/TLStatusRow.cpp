@@ -1,5 +1,6 @@
 #include "directory/TLStatusRow.h"
 
+#include "directory/StatusNumbers.h"
 #include "base/Clock.h"
 #include "base/Regional.h"
 #include "base/TLError.h"
@@ -11,7 +12,6 @@ namespace {
 const QString kNothingGiven2000 = QStringLiteral("01/01/00 12:00AM");
 const QString kNothingGiven2001 = QStringLiteral("01/01/01 12:00AM");
 const QString kUnspecified = QStringLiteral("Unspecified");
-constexpr std::int32_t kStatusIn = 3;
 
 bool isNothingGivenLiteral(const QString& text) {
     return text == kNothingGiven2000 || text == kNothingGiven2001;

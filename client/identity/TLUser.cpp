@@ -1,5 +1,6 @@
 #include "identity/TLUser.h"
 
+#include "directory/StatusNumbers.h"
 #include "base/Forms.h"
 #include "base/MsgBox.h"
 #include "base/TLError.h"
@@ -17,8 +18,6 @@
 
 namespace {
 
-constexpr std::int32_t kStatusIn = 3;
-constexpr std::int32_t kStatusOut = 8;
 constexpr std::int32_t kSessionKeys = 3700;
 
 // A column that holds the number 0; Null is no number and so never equals it.

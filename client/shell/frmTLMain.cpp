@@ -13,6 +13,7 @@
 #include "shell/frmTLSplash.h"
 #include "shell/frmTLWeb.h"
 #include "shell/modTLMain.h"
+#include "shell/modTLMouseActivity.h"
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -22,17 +23,20 @@ constexpr int kMiniView = 2;
 // What the desktop answers for a target it opened, and for one it could not.
 constexpr int kShellOpened = 42;
 constexpr int kShellFailed = 2;
+constexpr int kCheckNetworkMs = 1000;
+constexpr int kUpdateStatusMs = 30000;
 } // namespace
 
 frmTLMain::frmTLMain()
     : trayIcon(new QSystemTrayIcon(this)), mnuPopupSys(new QMenu(this)),
+      tmrCheckNetwork(new QTimer(this)), tmrUpdateStatus(new QTimer(this)),
       tmrMouseActivity(new QTimer(this)) {
     setObjectName(QStringLiteral("frmTLMain"));
     setWindowTitle(QStringLiteral("Test"));
     trayIcon->setObjectName(QStringLiteral("trayIcon"));
-    tmrMouseActivity->setObjectName(QStringLiteral("tmrMouseActivity"));
     buildMenu();
     connectMenu();
+    connectTimers();
     trayIcon->setContextMenu(mnuPopupSys);
     connect(trayIcon, &QSystemTrayIcon::activated, this, &frmTLMain::trayActivated);
 }
@@ -98,11 +102,24 @@ void frmTLMain::connectMenu() {
     connect(mnuPopExit, &QAction::triggered, this, &frmTLMain::mnuPopExit_Click);
 }
 
+// The poll and the network watch run from here to the end whether anyone is signed in or not.
+// The idle watch runs only if someone is signed in at this moment.
+void frmTLMain::connectTimers() {
+    tmrCheckNetwork->setObjectName(QStringLiteral("tmrCheckNetwork"));
+    tmrCheckNetwork->setInterval(kCheckNetworkMs);
+    connect(tmrCheckNetwork, &QTimer::timeout, this, &frmTLMain::tmrCheckNetwork_Timer);
+    tmrUpdateStatus->setObjectName(QStringLiteral("tmrUpdateStatus"));
+    tmrUpdateStatus->setInterval(kUpdateStatusMs);
+    connect(tmrUpdateStatus, &QTimer::timeout, this, &frmTLMain::tmrUpdateStatus_Timer);
+    tmrMouseActivity->setObjectName(QStringLiteral("tmrMouseActivity"));
+    connect(tmrMouseActivity, &QTimer::timeout, this, &frmTLMain::tmrMouseActivity_Timer);
+}
+
 void frmTLMain::Form_Load() {
-    if (TLMain().ActiveUser().ValidUser()) {
-        tmrMouseActivity->setInterval(1000);
-        tmrMouseActivity->start();
-    }
+    tmrCheckNetwork->start();
+    tmrUpdateStatus->start();
+    if (TLMain().ActiveUser().ValidUser())
+        modTLMouseActivity::StartTimer(*tmrMouseActivity);
     hide();
     ChangeSystemTray(QStringLiteral("Tavlo"), TrayPictures::Icon(1));
     trayIcon->show();
@@ -233,24 +250,6 @@ bool frmTLMain::ShellToBrowser(QWidget*, const QString& target, int) {
     return ShellResultIsSuccess(result, target);
 }
 
-void frmTLMain::UpdateNoteCountFromDatabase() {
-    auto& root = TLMain();
-    Guard([&] {
-        auto& contact = root.ActiveContact();
-        if (!root.ActiveUser().ValidUser() || !root.Settings().NetworkConnected() ||
-            contact.UserSys == 0 || contact.ContactSys == 0)
-            return;
-        auto& data = root.DataAccess();
-        const auto rs = data.LoadADOFromWeb(QStringLiteral("EXEC tl_GetContactNotesUnread  ") +
-                                            QString::number(contact.ContactSys));
-        if (!rs)
-            Raise(err::NoObject);
-        contact.NotesUnread =
-            rs->Eof() ? 0 : data.DBOLong(rs->Fields(QStringLiteral("NoteCount")).Value());
-    });
-    Guard([] { Form<frmTLView>().UpdateNoteCount(); });
-}
-
 void frmTLMain::mnuPopOptions_Click(std::size_t index) {
     auto& root = TLMain();
     auto& statuses = modTLMain::colStatuses();
@@ -272,6 +271,8 @@ void frmTLMain::mnuPopConfigure_Click() {
 }
 
 void frmTLMain::mnuPopExit_Click() {
+    if (auto* board = LoadedForm<frmTLView>(); board && board->Socket)
+        modTLMain::ChatDisConnect();
     Unload<frmTLMain>();
 }
 

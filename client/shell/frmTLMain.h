@@ -41,7 +41,9 @@ public:
     QAction* mnuAboutTavlo;
     QAction* mnuBlankLine5;
     QAction* mnuPopExit;
-    QTimer* tmrMouseActivity;
+    QTimer* tmrCheckNetwork;  // each second: a lost network ends chat
+    QTimer* tmrUpdateStatus;  // every 30 s: the server's status, notes and chat state
+    QTimer* tmrMouseActivity; // each second once started: the idle watch
 
     // Adds status entry `index` (1 and up) to the menu, or takes it away again.
     void LoadOption(std::size_t index);
@@ -64,6 +66,12 @@ public:
     // The count of unread notes from the server, onto the board.
     void UpdateNoteCountFromDatabase();
 
+    void tmrCheckNetwork_Timer();
+    // The server is the master: its status and comment overwrite the local ones at each tick.
+    // A server that can't be reached during the poll ends the program.
+    void tmrUpdateStatus_Timer();
+    void tmrMouseActivity_Timer();
+
     void mnuPopOptions_Click(std::size_t index);
     void mnuPopConfigure_Click();
     void mnuPopExit_Click();
@@ -79,6 +87,7 @@ private:
     QAction* addSeparator(const char* name);
     void buildMenu();
     void connectMenu();
+    void connectTimers();
     void trayActivated(QSystemTrayIcon::ActivationReason reason);
 
     QString m_tip;

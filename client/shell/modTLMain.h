@@ -42,6 +42,10 @@ void ClearMenuItems();
 // Enables what the signed-in user may use, by sign-in state, rights and chat.
 void ManageApplicationSecurity();
 
+// Ends the chat connection: tells the server the user is offline, drops the connection and
+// switches the chat entries off.
+void ChatDisConnect();
+
 void ClearContacts();
 void ClearStatuses();
 void ClearGroups();

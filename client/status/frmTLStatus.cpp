@@ -1,5 +1,6 @@
 #include "status/frmTLStatus.h"
 
+#include "directory/StatusNumbers.h"
 #include "base/Clock.h"
 #include "base/Regional.h"
 #include "base/TLError.h"
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr std::int32_t kStatusIn = 3;
 constexpr int kFirstLeftTwips = 150;
 constexpr int kFirstTopTwips = 330;
 constexpr int kRowStepTwips = 250;
