@@ -1,10 +1,10 @@
 #include "board/frmTLView.h"
 
-#include "directory/StatusNumbers.h"
 #include "base/MsgBox.h"
 #include "base/TLError.h"
 #include "board/ToolbarIcons.h"
 #include "config/frmTLSettings.h"
+#include "directory/StatusNumbers.h"
 #include "directory/TLGroup.h"
 #include "directory/TLStatusRow.h"
 #include "identity/frmTLLogin.h"

@@ -1,11 +1,11 @@
 // What the user does to the people on the board: status changes, friends, the tool tip, the
 // pop-up menu and the web administration.
-#include "directory/StatusNumbers.h"
 #include "base/MsgBox.h"
 #include "base/Screen.h"
 #include "base/TLError.h"
 #include "board/frmTLView.h"
 #include "directory/DirectoryLoaders.h"
+#include "directory/StatusNumbers.h"
 #include "directory/TLStatusRow.h"
 #include "shell/TLMain.h"
 #include "shell/frmTLWeb.h"

@@ -1,9 +1,9 @@
 #include "directory/TLStatusRow.h"
 
-#include "directory/StatusNumbers.h"
 #include "base/Clock.h"
 #include "base/Regional.h"
 #include "base/TLError.h"
+#include "directory/StatusNumbers.h"
 #include "shell/TLMain.h"
 #include <array>
 

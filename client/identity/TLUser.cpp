@@ -1,6 +1,5 @@
 #include "identity/TLUser.h"
 
-#include "directory/StatusNumbers.h"
 #include "base/Forms.h"
 #include "base/MsgBox.h"
 #include "base/TLError.h"
@@ -11,6 +10,7 @@
 #include "config/modTLRegistry.h"
 #include "directory/DirectoryLoaders.h"
 #include "directory/OptionalColumns.h"
+#include "directory/StatusNumbers.h"
 #include "shell/TLMain.h"
 #include "shell/frmTLMain.h"
 #include "shell/modTLMain.h"

@@ -52,10 +52,11 @@ void sendChatState() {
         settings.ChatConnected = false;
     }
     const bool online = settings.ChatConnected && !settings.ChatConnecting;
-    root.DataAccess().ExecuteSQLFromWeb(QStringLiteral("EXEC tl_UpdateChatStatus ") +
-                                            QString::number(root.ActiveUser().ContactSys()) +
-                                            (online ? QStringLiteral(", 1") : QStringLiteral(", 0")),
-                                        false);
+    root.DataAccess().ExecuteSQLFromWeb(
+        QStringLiteral("EXEC tl_UpdateChatStatus ") +
+            QString::number(root.ActiveUser().ContactSys()) +
+            (online ? QStringLiteral(", 1") : QStringLiteral(", 0")),
+        false);
 }
 
 } // namespace
@@ -101,4 +102,3 @@ void frmTLMain::UpdateNoteCountFromDatabase() {
     });
     Guard([] { Form<frmTLView>().UpdateNoteCount(); });
 }
-

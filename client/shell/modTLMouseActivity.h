@@ -17,10 +17,10 @@ inline const QString kIdleComment = QStringLiteral("User is idle");
 
 // What the watch keeps for the whole run.
 struct State {
-    QPoint CursorPos;               // the pointer at the latest tick
-    QPoint PrevPos;                 // the pointer at the tick before
-    double IdleMilliseconds = 0;    // quiet time so far, counted in ticks
-    double IdleMinutes = 0;         // the same in minutes
+    QPoint CursorPos;            // the pointer at the latest tick
+    QPoint PrevPos;              // the pointer at the tick before
+    double IdleMilliseconds = 0; // quiet time so far, counted in ticks
+    double IdleMinutes = 0;      // the same in minutes
 };
 State& Current();
 

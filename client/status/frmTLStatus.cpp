@@ -1,11 +1,11 @@
 #include "status/frmTLStatus.h"
 
-#include "directory/StatusNumbers.h"
 #include "base/Clock.h"
 #include "base/Regional.h"
 #include "base/TLError.h"
 #include "base/Twips.h"
 #include "board/frmTLView.h"
+#include "directory/StatusNumbers.h"
 #include "directory/TLStatusRow.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"

@@ -96,8 +96,8 @@ unsigned int X11ActivitySource::pointerState(QPoint* position) const {
     int windowX = 0;
     int windowY = 0;
     unsigned int mask = 0;
-    XQueryPointer(m_display, DefaultRootWindow(m_display), &root, &child, &rootX, &rootY,
-                  &windowX, &windowY, &mask);
+    XQueryPointer(m_display, DefaultRootWindow(m_display), &root, &child, &rootX, &rootY, &windowX,
+                  &windowY, &mask);
     if (position)
         *position = QPoint(rootX, rootY);
     return mask;

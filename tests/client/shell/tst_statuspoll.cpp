@@ -1,0 +1,231 @@
+#include "../identity/SignInFixture.h"
+#include "board/frmTLView.h"
+#include "platform/CommandLine.h"
+#include "platform/NetworkInterfaces.h"
+#include "shell/TrayDisplay.h"
+#include "shell/frmTLMain.h"
+#include <QApplication>
+
+// The status poll and the network watch of the tray form against a real server: the server is
+// the master of the signed-in user's status, and a server gone during a poll ends the program.
+class TestStatusPoll : public QObject {
+    Q_OBJECT
+    SignInFixture f;
+    QString contact;
+    QString user;
+
+    auto& root() { return TLMain(); }
+    frmTLMain& tray() { return Form<frmTLMain>(); }
+    QString panel(const char* key) {
+        return Form<frmTLView>().StatusBarBottom->Panel(QString::fromLatin1(key))->text();
+    }
+
+    QStringList tick() {
+        f.gateway->clear();
+        tray().tmrUpdateStatus_Timer();
+        return f.gateway->statements();
+    }
+    QStringList pollStatements(const char* chat = ", 0") const {
+        return {QStringLiteral("EXEC tl_GetContactNotesUnread  ") + contact,
+                QStringLiteral("EXEC tl_GetContactStatus ") + contact,
+                QStringLiteral("EXEC tl_UpdateChatStatus ") + contact + QString::fromLatin1(chat)};
+    }
+
+    // What another person does on another computer, through the command-line query tool.
+    void postAsSomeoneElse(const QString& statement) {
+        const QString tool =
+            qEnvironmentVariable("TAVLO_BINARY_DIR") + QStringLiteral("/tools/query/tavlo-query");
+        QProcess query;
+        query.start(tool, {QStringLiteral("--url"), f.server->baseUrl(), statement});
+        QVERIFY(query.waitForFinished(30000));
+        // A write answers no rowset, which the tool tells with its own exit code.
+        QVERIFY2(query.exitCode() == 0 || query.exitCode() == 3,
+                 query.readAllStandardError().constData());
+    }
+
+    static QList<InterfaceState> onlyLoopback() {
+        InterfaceState lo;
+        lo.name = QStringLiteral("lo");
+        lo.up = lo.running = lo.loopback = true;
+        lo.addresses = {QHostAddress::LocalHost};
+        return {lo};
+    }
+
+private slots:
+    void initTestCase() { QVERIFY2(f.start(), qPrintable(f.server->failure())); }
+
+    void init() {
+        f.reset();
+        NetworkInterfaces::SetSource({});
+        CommandLine::SetArguments(QStringList{});
+        QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
+        for (QTimer* timer :
+             {tray().tmrMouseActivity, tray().tmrUpdateStatus, tray().tmrCheckNetwork})
+            timer->stop();
+        contact = QString::number(root().ActiveUser().ContactSys());
+        user = QString::number(root().ActiveUser().UserSys());
+        root().Settings().EnableChat = false;
+        root().Settings().ChatConnected = root().Settings().ChatConnecting = false;
+        f.boxes.clear();
+        if (!root().Settings().NetworkConnected())
+            QSKIP("this machine has no network interface up besides the loopback");
+    }
+
+    void bothTimersRunFromTheTrayFormsLoad() {
+        Unload<frmTLMain>();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(tray().tmrCheckNetwork->isActive());
+        QCOMPARE(tray().tmrCheckNetwork->interval(), 1000);
+        QVERIFY(tray().tmrUpdateStatus->isActive());
+        QCOMPARE(tray().tmrUpdateStatus->interval(), 30000);
+    }
+
+    void aChangeMadeElsewhereReachesTrayAndStatusBarInOneTick() {
+        const QString bob = f.query("SELECT usersys FROM users WHERE username = 'bob'").toString();
+        postAsSomeoneElse(QStringLiteral("EXEC tl_SetStatus %1,8,NULL,NULL,'Gone to lunch',%2")
+                              .arg(contact, bob));
+        postAsSomeoneElse(
+            QStringLiteral("EXEC tl_AddContactNote %1,'Call me back',%2,0").arg(contact, bob));
+        const int unread = f.query("SELECT COUNT(*) FROM note WHERE contactsys = " + contact +
+                                   " AND dateread IS NULL AND deleted = 0")
+                               .toInt();
+        QVERIFY(unread > 0);
+        root().ActiveContact().NotesUnread = 0;
+        QCOMPARE(tick(), pollStatements());
+        QCOMPARE(root().ActiveStatus().StatusSys, 8);
+        QCOMPARE(root().ActiveStatus().StatusText, QStringLiteral("Out"));
+        QCOMPARE(root().ActiveStatusRow().Comment, QStringLiteral("Gone to lunch"));
+        QCOMPARE(root().ActiveContact().NotesUnread, unread);
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kOtherWithNotes);
+        QVERIFY(tray().trayIcon->toolTip().endsWith(QStringLiteral("Status set to Out")));
+        QCOMPARE(panel("status"), QStringLiteral("Status: Out"));
+        QVERIFY(f.boxes.isEmpty());
+    }
+
+    // Changes made here aren't sent again: the server's word simply stands.
+    void theServerOverwritesTheLocalStatus() {
+        root().ActiveStatus().StatusSys = 6;
+        root().ActiveStatus().StatusText = QStringLiteral("Unavailable");
+        root().ActiveStatusRow().Comment = QStringLiteral("local only");
+        QCOMPARE(tick(), pollStatements());
+        QCOMPARE(root().ActiveStatus().StatusSys,
+                 f.query("SELECT statussys FROM contact WHERE contactsys = " + contact).toInt());
+        QCOMPARE(root().ActiveStatusRow().Comment,
+                 f.query("SELECT COALESCE(comment, '') FROM contact WHERE contactsys = " + contact)
+                     .toString());
+    }
+
+    void theChatStateGoesToTheServerAtEveryTick_data() {
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<bool>("connected");
+        QTest::addColumn<bool>("connecting");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("chat off") << false << false << false << ", 0";
+        QTest::newRow("online") << true << true << false << ", 1";
+        QTest::newRow("still connecting") << true << true << true << ", 0";
+        QTest::newRow("offline, chat on") << true << false << false << ", 0";
+    }
+    void theChatStateGoesToTheServerAtEveryTick() {
+        QFETCH(bool, enabled);
+        QFETCH(bool, connected);
+        QFETCH(bool, connecting);
+        QFETCH(QString, sent);
+        auto& settings = root().Settings();
+        settings.EnableChat = enabled;
+        settings.ChatConnected = connected;
+        settings.ChatConnecting = connecting;
+        QCOMPARE(tick(), pollStatements(qPrintable(sent)));
+        QCOMPARE(f.query("SELECT chatstatus FROM contact WHERE contactsys = " + contact).toInt(),
+                 sent == ", 1" ? 1 : 0);
+    }
+
+    void aContactWithoutNumbersOnlySendsTheChatState() {
+        root().ActiveContact().UserSys = 0;
+        QCOMPARE(tick(), QStringList{pollStatements().last()});
+    }
+
+    void nothingIsSentSignedOutOrWithoutANetwork() {
+        root().ActiveUser().Logout();
+        QCOMPARE(tick(), QStringList());
+        QCOMPARE(tray().trayIcon->toolTip(), QStringLiteral("Tavlo - Not Logged In"));
+        QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
+        NetworkInterfaces::SetSource(&onlyLoopback);
+        QCOMPARE(tick(), QStringList());
+        f.gateway->clear();
+        tray().UpdateNoteCountFromDatabase();
+        QCOMPARE(f.gateway->statements(), QStringList());
+        NetworkInterfaces::SetSource({});
+        QCOMPARE(tick(), pollStatements());
+    }
+
+    void theIgnoreNetworkSwitchStopsThePollForTheWholeRun() {
+        CommandLine::SetArguments(QStringList{QStringLiteral("/IgnoreNetwork")});
+        QCOMPARE(tick(), QStringList());
+        f.gateway->clear();
+        tray().UpdateNoteCountFromDatabase();
+        QCOMPARE(f.gateway->statements(), QStringList());
+    }
+
+    void aLostNetworkEndsAChatThatIsOnline() {
+        auto& settings = root().Settings();
+        settings.EnableChat = settings.ChatConnected = true;
+        QObject connection;
+        Form<frmTLView>().Socket = &connection;
+        f.gateway->clear();
+        tray().tmrCheckNetwork_Timer(); // network up: nothing
+        QCOMPARE(f.gateway->statements(), QStringList());
+        QVERIFY(settings.ChatConnected);
+
+        NetworkInterfaces::SetSource(&onlyLoopback);
+        tray().tmrCheckNetwork_Timer();
+        QCOMPARE(f.gateway->statements(),
+                 QStringList{QStringLiteral("EXEC tl_UpdateChatStatus ") + contact + ", 0"});
+        QVERIFY(!Form<frmTLView>().Socket);
+        QVERIFY(!settings.ChatConnected);
+        QCOMPARE(panel("chatstatus"), QStringLiteral("Chat: Offline"));
+        QVERIFY(!Form<frmTLView>().mnuChat->isEnabled());
+        QVERIFY(!tray().mnuLeaveMessage->isEnabled());
+        f.gateway->clear();
+        tray().tmrCheckNetwork_Timer(); // already offline: nothing more
+        QCOMPARE(f.gateway->statements(), QStringList());
+    }
+
+    void anEmptyStatusAnswerIsReportedAndTheProgramGoesOn() {
+        root().ActiveContact().ContactSys = 999999;
+        root().ActiveStatus().StatusSys = 3;
+        tick();
+        QCOMPARE(root().ActiveStatus().StatusSys, 3);
+        QVERIFY(IsLoaded<frmTLMain>());
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes.first().title,
+                 QStringLiteral("Anomaly Report ::frmTLMain:tmrUpdateStatus"));
+        QVERIFY(f.boxes.first().text.contains(QStringLiteral("current record")));
+    }
+
+    // Last: the server goes away for good. The gateway's message comes once, then the tray
+    // icon goes and the program's event loop ends.
+    void aServerGoneDuringAPollEndsTheProgram() {
+        root().Settings().SetWebAddress(f.server->baseUrl());
+        QPointer<frmTLMain> form = &tray();
+        f.server.reset();
+        QTimer::singleShot(0, form, &frmTLMain::tmrUpdateStatus_Timer);
+        QTimer::singleShot(60000, [] { QCoreApplication::exit(99); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(f.boxes.size(), 1);
+        QVERIFY2(f.boxes.first().text.startsWith(
+                     QStringLiteral("Tavlo is unable to contact the server.")),
+                 qPrintable(f.boxes.first().text));
+        QVERIFY(!IsLoaded<frmTLMain>());
+        QVERIFY(!form || !form->trayIcon->isVisible());
+        QVERIFY(!root().ActiveUser().ValidUser());
+    }
+};
+
+int main(int argc, char** argv) {
+    FreshUserFolders folders;
+    QApplication app(argc, argv);
+    app.setQuitOnLastWindowClosed(false);
+    TestStatusPoll test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_statuspoll.moc"
