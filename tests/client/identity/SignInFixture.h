@@ -8,6 +8,7 @@
 #include "config/frmTLSettings.h"
 #include "config/modTLRegistry.h"
 #include "shell/TLMain.h"
+#include <QApplication>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QtTest>
@@ -77,3 +78,14 @@ public:
         return q.value(0);
     }
 };
+
+// The main of a test that signs in: fresh user folders, a widget application that lives on
+// with no window open (the tray program's way), then the test class.
+#define TAVLO_SIGNED_IN_TEST_MAIN(TestClass)                                                       \
+    int main(int argc, char** argv) {                                                              \
+        FreshUserFolders folders;                                                                  \
+        QApplication app(argc, argv);                                                              \
+        app.setQuitOnLastWindowClosed(false);                                                      \
+        TestClass test;                                                                            \
+        return QTest::qExec(&test, argc, argv);                                                    \
+    }

@@ -17,24 +17,17 @@ class TestX11Activity : public QObject {
     }
     // Each look clears the record of presses, so it must be made once per check (a QTRY macro
     // would look again after it succeeded).
-    bool activeWithin(int ms) {
+    bool lookUntil(bool active, int ms) {
         QDeadlineTimer deadline(ms);
         do {
-            if (source->AnyKeyActive())
+            if (source->AnyKeyActive() == active)
                 return true;
             QTest::qWait(20);
         } while (!deadline.hasExpired());
         return false;
     }
-    bool quietWithin(int ms) {
-        QDeadlineTimer deadline(ms);
-        do {
-            if (!source->AnyKeyActive())
-                return true;
-            QTest::qWait(20);
-        } while (!deadline.hasExpired());
-        return false;
-    }
+    bool activeWithin(int ms) { return lookUntil(true, ms); }
+    bool quietWithin(int ms) { return lookUntil(false, ms); }
 
     // Lets the raw events that are on their way arrive, then forgets them.
     void settle() {

@@ -226,11 +226,5 @@ private slots:
     void cleanupTestCase() { modTLMouseActivity::SetSource(nullptr); }
 };
 
-int main(int argc, char** argv) {
-    FreshUserFolders folders;
-    QApplication app(argc, argv);
-    app.setQuitOnLastWindowClosed(false);
-    TestIdleWatch test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVLO_SIGNED_IN_TEST_MAIN(TestIdleWatch)
 #include "tst_idlewatch.moc"

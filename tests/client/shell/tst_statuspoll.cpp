@@ -221,11 +221,5 @@ private slots:
     }
 };
 
-int main(int argc, char** argv) {
-    FreshUserFolders folders;
-    QApplication app(argc, argv);
-    app.setQuitOnLastWindowClosed(false);
-    TestStatusPoll test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVLO_SIGNED_IN_TEST_MAIN(TestStatusPoll)
 #include "tst_statuspoll.moc"

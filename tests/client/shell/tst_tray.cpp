@@ -197,11 +197,5 @@ private slots:
     }
 };
 
-int main(int argc, char** argv) {
-    FreshUserFolders folders;
-    QApplication app(argc, argv);
-    app.setQuitOnLastWindowClosed(false);
-    TestTray test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVLO_SIGNED_IN_TEST_MAIN(TestTray)
 #include "tst_tray.moc"
