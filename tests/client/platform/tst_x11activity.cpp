@@ -64,35 +64,34 @@ private slots:
         QVERIFY(!source->AnyKeyActive());
     }
 
-    void aKeyTappedBetweenTwoLooksIsSeenOnce() {
-        xdotool({QStringLiteral("key"), QStringLiteral("a")});
+    void aTapBetweenTwoLooksIsSeenOnce_data() {
+        QTest::addColumn<QStringList>("tap");
+        QTest::newRow("key") << QStringList{"key", "a"};
+        QTest::newRow("click") << QStringList{"click", "1"};
+    }
+    void aTapBetweenTwoLooksIsSeenOnce() {
+        QFETCH(QStringList, tap);
+        xdotool(tap);
         QVERIFY(activeWithin(5000));
         QVERIFY(!source->AnyKeyActive());
     }
 
-    void aKeyHeldIsSeenAtEveryLook() {
-        xdotool({QStringLiteral("keydown"), QStringLiteral("shift")});
+    void aKeyOrButtonHeldIsSeenAtEveryLook_data() {
+        QTest::addColumn<QStringList>("press");
+        QTest::addColumn<QStringList>("release");
+        QTest::newRow("key") << QStringList{"keydown", "shift"} << QStringList{"keyup", "shift"};
+        QTest::newRow("button") << QStringList{"mousedown", "3"} << QStringList{"mouseup", "3"};
+    }
+    void aKeyOrButtonHeldIsSeenAtEveryLook() {
+        QFETCH(QStringList, press);
+        QFETCH(QStringList, release);
+        xdotool(press);
         QVERIFY(activeWithin(5000));
         for (int look = 0; look < 3; ++look) {
             QTest::qWait(150);
             QVERIFY(source->AnyKeyActive());
         }
-        xdotool({QStringLiteral("keyup"), QStringLiteral("shift")});
-        QVERIFY(quietWithin(5000));
-    }
-
-    void aClickIsSeen() {
-        xdotool({QStringLiteral("click"), QStringLiteral("1")});
-        QVERIFY(activeWithin(5000));
-        QVERIFY(!source->AnyKeyActive());
-    }
-
-    void aButtonHeldIsSeenAtEveryLook() {
-        xdotool({QStringLiteral("mousedown"), QStringLiteral("3")});
-        QVERIFY(activeWithin(5000));
-        QTest::qWait(150);
-        QVERIFY(source->AnyKeyActive());
-        xdotool({QStringLiteral("mouseup"), QStringLiteral("3")});
+        xdotool(release);
         QVERIFY(quietWithin(5000));
     }
 
