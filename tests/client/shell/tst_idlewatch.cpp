@@ -1,4 +1,5 @@
 #include "../identity/SignInFixture.h"
+#include "../platform/FakeNetwork.h"
 #include "platform/ActivitySource.h"
 #include "shell/TrayDisplay.h"
 #include "shell/frmTLMain.h"
@@ -75,6 +76,7 @@ private slots:
     // Ann signed in and In, the watch on with 15 minutes, no tick due from the real timers.
     void init() {
         f.reset();
+        NetworkInterfaces::SetSource(&FakeNetwork::Wired); // the status poll runs
         QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
         auto& tray = Form<frmTLMain>();
         for (QTimer* timer : {tray.tmrMouseActivity, tray.tmrUpdateStatus, tray.tmrCheckNetwork})
