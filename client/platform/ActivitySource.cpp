@@ -10,6 +10,7 @@
 #include "linux/X11ActivitySource.h"
 #endif
 
+#if !defined(Q_OS_WIN)
 namespace {
 
 // A Wayland session shows X clients only their own input, so even the X11 source would be
@@ -29,6 +30,7 @@ std::unique_ptr<ActivitySource> desktopIdle() {
 }
 
 } // namespace
+#endif
 
 std::unique_ptr<ActivitySource> MakeActivitySource() {
 #if defined(Q_OS_WIN)
