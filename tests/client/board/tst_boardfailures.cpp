@@ -1,3 +1,4 @@
+#include "../data/StubServerClient.h"
 #include "../platform/FreshUserFolders.h"
 #include "TestHttpServer.h"
 #include "base/MsgBox.h"
@@ -52,14 +53,7 @@ class TestBoardFailures : public QObject {
 
 private slots:
     void init() {
-        server = std::make_unique<TestHttpServer>();
-        TLMain().Settings().SetWebAddress(server->baseUrl());
-        TLMain().SetDataAccess(nullptr);
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        PointAtFreshStub(server, boxes);
         Screen::SetMousePointer(Screen::vbDefault);
     }
     void cleanup() {

@@ -1,4 +1,5 @@
 #include "../platform/FreshUserFolders.h"
+#include "StubServerClient.h"
 #include "TestHttpServer.h"
 #include "base/Clock.h"
 #include "base/Forms.h"
@@ -35,14 +36,7 @@ class TestGateway : public QObject {
 
 private slots:
     void init() {
-        server = std::make_unique<TestHttpServer>();
-        TLMain().Settings().SetWebAddress(server->baseUrl());
-        TLMain().SetDataAccess(nullptr);
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        PointAtFreshStub(server, boxes);
         Clock::SetFixed(QDateTime(QDate(2026, 11, 18), QTime(9, 5, 7)));
     }
     void cleanup() {
