@@ -16,4 +16,7 @@ QString CStr(const QVariant& value);
 // a number. Null raises 94, other text 13, values out of range 6.
 std::int32_t CLng(const QVariant& value);
 
+// Text without the blanks at either end; tabs, carriage returns and line feeds stay.
+QString Trim(const QString& text);
+
 } // namespace Variants

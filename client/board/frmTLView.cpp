@@ -293,50 +293,56 @@ void frmTLView::TabGroups_Click() {
     }
 }
 
+// Every statement passes over its own failure: a status read that fails still opens the dialog.
 void frmTLView::ToolbarTop_ButtonClick(int index) {
-    Guard([&] {
-        auto& root = TLMain();
-        switch (index) {
-        case 1: {
-            auto row = std::make_shared<TLStatusRow>();
-            row->GetContactStatus(root.ActiveContact().ContactSys);
-            openStatusDialog(row);
-            break;
-        }
-        case 2:
-            ReloadGrid();
-            break;
-        case 3:
-            SearchVisible = ToolbarButton(3)->isChecked();
-            if (SearchVisible)
-                txtName->setFocus();
-            FormatFormSize();
-            break;
-        case 5:
-            Form<frmTLSettings>().show();
-            break;
-        case 6:
+    auto& root = TLMain();
+    switch (index) {
+    case 1: {
+        auto row = std::make_shared<TLStatusRow>();
+        Guard([&] { row->GetContactStatus(root.ActiveContact().ContactSys); });
+        Guard([&] { openStatusDialog(row); });
+        break;
+    }
+    case 2:
+        Guard([&] { ReloadGrid(); });
+        break;
+    case 3:
+        SearchVisible = ToolbarButton(3)->isChecked();
+        if (SearchVisible)
+            txtName->setFocus();
+        FormatFormSize();
+        break;
+    case 5:
+        Guard([&] { Form<frmTLSettings>().show(); });
+        break;
+    case 6:
+        Guard([&] {
             if (QFileInfo::exists(HelpFilePath()))
                 Desktop::OpenUrl(QUrl::fromLocalFile(HelpFilePath()));
             else
                 MsgBox(QStringLiteral("The Help has not been installed on this system."));
-            break;
-        case 7:
-            root.ActiveUser().Logout();
-            modTLMain::BuildMenuItems();
-            Form<frmTLLogin>().Login(true);
-            FormRegistry::instance().unload(this);
-            break;
-        case 10:
-            if (root.Settings().ExitShutdown)
-                Unload<frmTLMain>();
-            else
-                setWindowState(windowState() | Qt::WindowMinimized);
-            break;
-        default:
-            break;
+        });
+        break;
+    case 7:
+        Guard([&] { root.ActiveUser().Logout(); });
+        Guard([&] { modTLMain::BuildMenuItems(); });
+        Guard([&] { Form<frmTLLogin>().Login(true); });
+        FormRegistry::instance().unload(this);
+        break;
+    case 10:
+        if (root.Settings().ExitShutdown) {
+            Guard([&] {
+                if (Socket)
+                    modTLMain::ChatDisConnect();
+            });
+            Unload<frmTLMain>();
+        } else {
+            setWindowState(windowState() | Qt::WindowMinimized);
         }
-    });
+        break;
+    default:
+        break;
+    }
 }
 
 QString frmTLView::chatStatusText() const {

@@ -89,22 +89,11 @@ void frmTLView::FormatGridSize(bool blnDontRedraw) {
 }
 
 // Frames, tabs and grid follow the window's size; the legend takes the band below them and the
-// search pane, when open, the strip on the right.
+// search pane, when open, the strip on the right. A failing step leaves the others to run.
 void frmTLView::FormatFormSize() {
     Guard([&] {
         auto px = [this](int twips) { return Twips::ToPixelsX(twips, this); };
         auto py = [this](int twips) { return Twips::ToPixelsY(twips, this); };
-        int buttons = 0;
-        QWidget* exitSpace = nullptr;
-        for (QAction* action : ToolbarTop->actions()) {
-            QWidget* button = ToolbarTop->widgetForAction(action);
-            if (!button)
-                continue;
-            if (action->property("Key").toString() == QStringLiteral("ExitSpace"))
-                exitSpace = button;
-            else
-                buttons += button->width();
-        }
         const int searchWidth = SearchVisible ? px(3800) : 0;
         const int height = m_central->height() - py(500);
         const int width = m_central->width();
@@ -124,7 +113,21 @@ void frmTLView::FormatFormSize() {
         const int gridTop = std::max(py(500), py(100) + TabGroups->sizeHint().height());
         gridStatus->setGeometry(gridLeft, gridTop, std::max(fmeMain->width() - px(700), 0),
                                 std::max(fmeMain->height() - py(650), 0));
-        FormatGridSize(false);
+    });
+    Guard([&] { FormatGridSize(false); });
+    Guard([&] {
+        auto px = [this](int twips) { return Twips::ToPixelsX(twips, this); };
+        int buttons = 0;
+        QWidget* exitSpace = nullptr;
+        for (QAction* action : ToolbarTop->actions()) {
+            QWidget* button = ToolbarTop->widgetForAction(action);
+            if (!button)
+                continue;
+            if (action->property("Key").toString() == QStringLiteral("ExitSpace"))
+                exitSpace = button;
+            else
+                buttons += button->width();
+        }
         if (exitSpace) {
             // The toolbar's own margins and gaps come off too, so "Exit" stays on the bar.
             const auto* bar = ToolbarTop->layout();

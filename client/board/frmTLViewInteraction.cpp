@@ -3,6 +3,7 @@
 #include "base/MsgBox.h"
 #include "base/Screen.h"
 #include "base/TLError.h"
+#include "base/Variants.h"
 #include "board/frmTLView.h"
 #include "directory/DirectoryLoaders.h"
 #include "directory/StatusNumbers.h"
@@ -44,7 +45,7 @@ QString frmTLView::ToolTipFor(TLStatusRow& row) {
     if (row.Status().StatusSys != kStatusIn)
         text += QStringLiteral(" Returning: ") + row.ReturningDate() + QLatin1Char(' ') +
                 row.ReturningTime();
-    if (!row.Comment.trimmed().isEmpty())
+    if (!Variants::Trim(row.Comment).isEmpty())
         text += QStringLiteral(" (") + row.Comment + QLatin1Char(')');
     return text;
 }

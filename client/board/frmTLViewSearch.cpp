@@ -1,5 +1,6 @@
 // The search pane: a person by name or extension, or whether any organisation matches a name.
 #include "base/MsgBox.h"
+#include "base/Variants.h"
 #include "board/frmTLView.h"
 #include "shell/TLMain.h"
 #include <QKeyEvent>
@@ -80,7 +81,7 @@ void frmTLView::BuildSearchPanel() {
 }
 
 QString frmTLView::CleanSearchText(const QString& text) {
-    return QString(text).remove(QLatin1Char('%')).trimmed().remove(QLatin1Char('*'));
+    return Variants::Trim(QString(text).remove(QLatin1Char('%'))).remove(QLatin1Char('*'));
 }
 
 void frmTLView::cmdAction_Click(int index) {

@@ -165,7 +165,7 @@ QString TLDataAccess::CheckLatestVersion() {
 }
 
 QString TLDataAccess::DBIn(const QString& text, bool nullWhenEmpty, bool appendWildcard) {
-    const QString trimmed = text.trimmed();
+    const QString trimmed = Variants::Trim(text);
     if (trimmed.isEmpty())
         return nullWhenEmpty ? QStringLiteral("NULL") : QStringLiteral("''");
     QString quoted = trimmed;
@@ -178,7 +178,7 @@ QString TLDataAccess::DBOStr(const QVariant& value) {
     if (Variants::IsNull(value))
         return QString();
     try {
-        return Variants::CStr(value).trimmed();
+        return Variants::Trim(Variants::CStr(value));
     } catch (...) {
         return QString();
     }

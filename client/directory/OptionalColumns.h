@@ -14,7 +14,7 @@ public:
     explicit OptionalColumns(const wire::Recordset* recordset) : m_recordset(recordset) {}
 
     void Text(const QString& column, const QString& label, QString& field) {
-        read(column, label, [&](const QVariant& v) { field = Variants::CStr(v).trimmed(); });
+        read(column, label, [&](const QVariant& v) { field = Variants::Trim(Variants::CStr(v)); });
     }
     void UntrimmedText(const QString& column, const QString& label, QString& field) {
         read(column, label, [&](const QVariant& v) { field = Variants::CStr(v); });
@@ -25,7 +25,7 @@ public:
     // Text trimmed, then read as a number.
     void TrimmedLong(const QString& column, const QString& label, std::int32_t& field) {
         read(column, label,
-             [&](const QVariant& v) { field = Variants::CLng(Variants::CStr(v).trimmed()); });
+             [&](const QVariant& v) { field = Variants::CLng(Variants::Trim(Variants::CStr(v))); });
     }
 
     // The labels of the columns the result lacked, each with a comma in front.

@@ -7,13 +7,18 @@ RecordingGateway::RecordingGateway(QString serverBaseUrl) : m_server(std::move(s
     m_front.setHandler([this](const TestHttpServer::Request& request) {
         const QString sql = wire::form::field(request.body, "strSQL").value_or(QString());
         std::function<void(const QString&)> observer;
+        std::function<bool(const QString&)> fails;
         {
             QMutexLocker hold(&m_lock);
             m_statements << sql;
             observer = m_observer;
+            fails = m_fails;
         }
         if (observer)
             observer(sql);
+        if (fails && fails(sql))
+            return TestHttpServer::Answer{200, "text/html",
+                                          "<html><body>Internal error</body></html>"};
         const auto reply = wire::postStatement(
             {m_server, sql, QString::fromLatin1(request.header("lastCached")), 10000});
         return TestHttpServer::Answer{reply.transportOk ? int(reply.httpStatus) : 502, "text/xml",
@@ -29,6 +34,11 @@ QStringList RecordingGateway::statements() const {
 void RecordingGateway::clear() {
     QMutexLocker hold(&m_lock);
     m_statements.clear();
+}
+
+void RecordingGateway::setFailing(std::function<bool(const QString&)> fails) {
+    QMutexLocker hold(&m_lock);
+    m_fails = std::move(fails);
 }
 
 void RecordingGateway::setObserver(std::function<void(const QString&)> observer) {

@@ -17,6 +17,8 @@ public:
     // Called on the gateway's thread with each statement before it goes on, while the client
     // waits for its answer.
     void setObserver(std::function<void(const QString&)> observer);
+    // Statements for which this says true get an HTML error page instead of the server's answer.
+    void setFailing(std::function<bool(const QString&)> fails);
     void clear();
 
 private:
@@ -25,4 +27,5 @@ private:
     mutable QMutex m_lock;
     QStringList m_statements;
     std::function<void(const QString&)> m_observer;
+    std::function<bool(const QString&)> m_fails;
 };

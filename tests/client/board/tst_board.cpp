@@ -168,6 +168,14 @@ private slots:
             ++i;
         }
         QCOMPARE(board().RowAtCell(1, 2)->Key(), modTLMain::colContacts()[1]->Key());
+        // A double click on a person opens the status dialog: the friend branch is for the
+        // standard view's box column only.
+        const QString first = modTLMain::colContacts()[1]->Contact().FullName();
+        const QStringList sent = sentBy([&] { board().gridStatus_DblClick(2, 1); });
+        QVERIFY(!sent.join(' ').contains(QStringLiteral("MyFriends")));
+        QVERIFY(IsLoaded<frmTLStatus>());
+        QCOMPARE(LoadedForm<frmTLStatus>()->lblName->text(), first);
+        Unload<frmTLStatus>();
         if (across == 5)
             screenshot(&board(), QStringLiteral("board-mini"));
 
@@ -361,6 +369,25 @@ private slots:
         QCOMPARE(f.boxes[0].text, QStringLiteral("Sorry, no entries were found."));
         QCOMPARE(grid().MaxRows(), 1); // the board keeps the last search
 
+        // Both filled: the company search first, with its message, then the contact search.
+        f.boxes.clear();
+        b.txtName->setText(QStringLiteral("Lee"));
+        sent = sentBy([&] { b.cmdAction[0]->click(); });
+        QCOMPARE(sent, (QStringList{QStringLiteral("EXECUTE tl_SearchCompany 'Nowhere Ltd'"),
+                                    QStringLiteral("tl_SearchContacts 'Lee',1,'',5001")}));
+        QCOMPARE(f.boxes.size(), 1);
+        QVERIFY(grid().MaxRows() >= 1);
+
+        // A name nobody has empties the board, caption and all columns kept.
+        b.txtOrganization->clear();
+        b.txtName->setText(QStringLiteral("Zzyzx"));
+        sent = sentBy([&] { b.cmdAction[0]->click(); });
+        QCOMPARE(sent, QStringList{QStringLiteral("tl_SearchContacts 'Zzyzx',1,'',5001")});
+        QCOMPARE(grid().MaxRows(), 0);
+        QCOMPARE(grid().MaxCols(), 7);
+        QCOMPARE(b.windowTitle(), QStringLiteral("Tavlo Standard View"));
+        b.txtName->clear();
+
         b.txtOrganization->setText(QStringLiteral(" %% * "));
         sent = sentBy([&] { b.cmdAction[0]->click(); });
         QVERIFY(sent.isEmpty());
@@ -427,13 +454,50 @@ private slots:
         QVERIFY(IsLoaded<frmTLView>());
     }
 
+    // The read of one's own status failing shows the gateway's box and still opens the dialog.
+    void myStatusOpensTheDialogOnOneself_data() {
+        QTest::addColumn<bool>("readFails");
+        QTest::newRow("read answered") << false;
+        QTest::newRow("read fails") << true;
+    }
     void myStatusOpensTheDialogOnOneself() {
+        QFETCH(bool, readFails);
+        if (readFails)
+            f.gateway->setFailing([](const QString& statement) {
+                return statement == QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1001");
+            });
         board().ToolbarButton(1)->trigger();
-        QVERIFY(IsLoaded<frmTLStatus>());
+        f.gateway->setFailing(nullptr);
+        QCOMPARE(f.boxes.size(), readFails ? 1 : 0);
+        QVERIFY(IsLoaded<frmTLStatus>() && LoadedForm<frmTLStatus>()->isVisible());
         auto& dialog = *LoadedForm<frmTLStatus>();
-        QCOMPARE(dialog.lblName->text(), TLMain().ActiveContact().FullName());
-        QCOMPARE(dialog.lblCurrentStatus->text(), TLMain().ActiveStatus().StatusText);
+        // Without the read the dialog names nobody.
+        QCOMPARE(dialog.lblName->text(),
+                 readFails ? QStringLiteral(" ") : TLMain().ActiveContact().FullName());
         Unload<frmTLStatus>();
+    }
+
+    // A change of one's own record moves the active status, its comment and the panel; a
+    // colleague's change leaves them alone.
+    void statusChangeConcernsOnlyOnesOwn_data() {
+        QTest::addColumn<int>("contact");
+        QTest::newRow("own") << 1001;
+        QTest::newRow("colleague") << 1002;
+    }
+    void statusChangeConcernsOnlyOnesOwn() {
+        QFETCH(int, contact);
+        const bool own = contact == 1001;
+        QLabel* panel = board().StatusBarBottom->Panel(QStringLiteral("status"));
+        const QString textBefore = TLMain().ActiveStatus().StatusText;
+        const QString panelBefore = panel->text();
+        QVERIFY(textBefore != QStringLiteral("At Lunch"));
+        TLContact record;
+        record.UpdateContactStatus(contact, 1, QString(), QString(), QStringLiteral("Back at 2"));
+        QCOMPARE(TLMain().ActiveStatus().StatusText, own ? QStringLiteral("At Lunch") : textBefore);
+        QCOMPARE(panel->text(), own ? QStringLiteral("Status: At Lunch") : panelBefore);
+        if (own)
+            QCOMPARE(TLMain().ActiveStatusRow().Comment, QStringLiteral("Back at 2"));
+        record.UpdateContactStatus(contact, 3, QString(), QString(), QString());
     }
 
     void logoffShowsTheSignIn() {

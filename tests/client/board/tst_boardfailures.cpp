@@ -61,10 +61,17 @@ private slots:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    void aGoodAnswerFillsTheSheet() {
-        server->setAnswer({200, "text/xml", people(kColumns, {7, 8, 9}), 0});
+    void anAnswerFillsTheSheet_data() {
+        QTest::addColumn<QList<int>>("contacts");
+        QTest::newRow("three people") << QList<int>{7, 8, 9};
+        QTest::newRow("nobody") << QList<int>{};
+    }
+    void anAnswerFillsTheSheet() {
+        QFETCH(QList<int>, contacts);
+        server->setAnswer({200, "text/xml", people(kColumns, contacts), 0});
         load();
-        QCOMPARE(board().gridStatus->MaxRows(), 3);
+        QCOMPARE(board().gridStatus->MaxRows(), contacts.size());
+        QCOMPARE(board().windowTitle(), QStringLiteral("Tavlo Standard View"));
         QVERIFY(boxes.isEmpty());
         QCOMPARE(Screen::MousePointer(), Screen::vbDefault);
         QVERIFY(!board().gridStatus->ReDraw()); // left off; painting comes back on its own

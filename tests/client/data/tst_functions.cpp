@@ -57,6 +57,9 @@ private slots:
         QTest::newRow("blanks, null") << "   " << true << false << "NULL";
         QTest::newRow("wildcard") << "Smi" << false << true << "'Smi%'";
         QTest::newRow("wildcard, null flag") << "Smi" << true << true << "'Smi%'";
+        QTest::newRow("line break kept") << " Back at 2\r\n" << false << false << "'Back at 2\r\n'";
+        QTest::newRow("tab kept") << "\tLunch " << false << false << "'\tLunch'";
+        QTest::newRow("tab alone is text") << "\t" << true << false << "'\t'";
     }
     void dbIn() {
         QFETCH(QString, text);
@@ -69,6 +72,7 @@ private slots:
     void valuesOut() {
         QCOMPARE(data.DBOStr(QVariant()), QString());
         QCOMPARE(data.DBOStr(QStringLiteral("  x  ")), QStringLiteral("x"));
+        QCOMPARE(data.DBOStr(QStringLiteral("\tx\r\n ")), QStringLiteral("\tx\r\n"));
         QCOMPARE(data.DBOStr(QVariant(true)), QStringLiteral("True"));
         QCOMPARE(data.DBOStr(QVariant(qlonglong(42))), QStringLiteral("42"));
         QCOMPARE(data.DBOLong(QVariant()), 0);

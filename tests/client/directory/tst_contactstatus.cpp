@@ -100,14 +100,6 @@ private slots:
         QVERIFY(boxes.isEmpty());
     }
 
-    // Someone else's change leaves the signed-in user's own status alone.
-    void colleagueChangeKeepsOwnStatus() {
-        TLMain().ActiveStatus().StatusText = QStringLiteral("In");
-        TLContact colleague;
-        colleague.UpdateContactStatus(12, 8, QString(), QString(), QString());
-        QCOMPARE(TLMain().ActiveStatus().StatusText, QStringLiteral("In"));
-    }
-
     // A status missing from the list fails after the server got it, and is reported.
     void unknownStatusIsSentThenReported() {
         TLContact colleague;

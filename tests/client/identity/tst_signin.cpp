@@ -1,9 +1,12 @@
 #include "SignInFixture.h"
 #include "board/frmTLView.h"
 #include "data/TLFunctions.h"
+#include "identity/frmTLForgotPassword.h"
 #include "identity/frmTLLogin.h"
 #include "shell/frmTLMain.h"
 #include "shell/modTLMain.h"
+#include "wire/FormEncoding.h"
+#include "wire/RowsetWriter.h"
 #include <QApplication>
 
 namespace {
@@ -227,6 +230,94 @@ private slots:
         QCOMPARE(f.boxes[0].text, QStringLiteral("Sorry!  You do not have permission to open the "
                                                  "administrator pages."));
         QCOMPARE(f.boxes[0].icon(), int(vb::vbCritical));
+        TLMain().ActiveUser().Logout();
+
+        // No rights at all: no admin link, the rest of the menu as for anyone signed in.
+        QVERIFY(signInWithDialog(QStringLiteral("carol"), QStringLiteral("demo")));
+        QCOMPARE(TLMain().ActiveUser().Rights(), QString());
+        QVERIFY(Form<frmTLView>().lblAdmin->isHidden());
+        auto& tray = Form<frmTLMain>();
+        QVERIFY(!tray.mnuSignIn->isEnabled());
+        for (QAction* entry : {tray.mnuSignOut, tray.mnuPopStatus, tray.mnuStandardView})
+            QVERIFY(entry->isEnabled());
+    }
+
+    // A user with no stored choice starts on the home location; "all locations" stays chosen.
+    void homeLocationOnlyWithoutAChoice_data() {
+        QTest::addColumn<int>("setting");
+        QTest::addColumn<int>("after");
+        QTest::newRow("no choice") << 0 << 1;
+        QTest::newRow("all chosen") << -1 << -1;
+    }
+    void homeLocationOnlyWithoutAChoice() {
+        QFETCH(int, setting);
+        QFETCH(int, after);
+        TLMain().Settings().SetOrganizationLocationSys(setting);
+        QVERIFY(signInWithDialog(QStringLiteral("ann"), QStringLiteral("demo")));
+        QCOMPARE(TLMain().ActiveUser().OrganizationLocationSys(), 1);
+        QCOMPARE(TLMain().Settings().OrganizationLocationSys(), after);
+        QCOMPARE(Form<frmTLSettings>().cboLocation->currentData().toInt(), after == -1 ? 0 : after);
+    }
+
+    // Recovery asks with the typed pair, mails what the first match names, and says so.
+    void passwordRecovery_data() {
+        QTest::addColumn<QString>("lastName");
+        QTest::addColumn<QString>("email");
+        QTest::addColumn<QList<QStringList>>("matches");
+        QTest::addColumn<QStringList>("sent");
+        QTest::addColumn<QString>("box");
+        const QString mail =
+            "EXEC tl_SendEmail 'first@x.org','Tavlo Lost Password Request','Below is your Tavlo "
+            "UserName and Password:\r\n\r\nUserName - obrien\r\nPassword - pa''ss\r\n\r\n"
+            "You may now login to Tavlo by opening the Tavlo Application or by going to "
+            "www.norvane.com.','info@norvane.com','info@norvane.com',''";
+        QTest::newRow("two matches, apostrophes")
+            << " O'Brien"
+            << "ob@x.org"
+            << QList<QStringList>{{"obrien", "pa'ss", "first@x.org"},
+                                  {"other", "x", "second@x.org"}}
+            << QStringList{"tl_ForgotPassword 'ob@x.org','O''Brien'", mail}
+            << "Your password has been sent to your e-mail address.";
+        QTest::newRow("empty boxes, no match")
+            << ""
+            << "" << QList<QStringList>{} << QStringList{"tl_ForgotPassword '',''"}
+            << "Sorry, you did not enter a valid Last Name or E-mail address";
+    }
+    void passwordRecovery() {
+        QFETCH(QString, lastName);
+        QFETCH(QString, email);
+        QFETCH(QList<QStringList>, matches);
+        QFETCH(QStringList, sent);
+        QFETCH(QString, box);
+        wire::Rowset answer;
+        for (const char* name : {"UserName", "Password", "EmailAddress"})
+            answer.columns.push_back({name,
+                                      name,
+                                      int(answer.columns.size()) + 1,
+                                      wire::FieldType::String,
+                                      {},
+                                      -1,
+                                      true});
+        for (const QStringList& match : matches)
+            answer.rows.push_back({match[0], match[1], match[2]});
+        TestHttpServer stub;
+        stub.setAnswer({200, "text/xml", wire::RowsetWriter::write(answer), 0});
+        TLMain().Settings().SetWebAddress(stub.baseUrl());
+
+        auto& form = Form<frmTLForgotPassword>();
+        form.show();
+        form.txtLastName->setText(lastName);
+        form.txtEmailAddress->setText(email);
+        form.cmdSubmit->click();
+        QStringList statements;
+        for (const auto& request : stub.requests())
+            statements << wire::form::field(request.body, "strSQL").value_or(QString());
+        QCOMPARE(statements, sent);
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes[0].text, box);
+        QCOMPARE(f.boxes[0].icon(), matches.isEmpty() ? int(vb::vbCritical) : 0);
+        QCOMPARE(form.isVisible(), matches.isEmpty()); // hidden, not unloaded, once mailed
+        QVERIFY(IsLoaded<frmTLForgotPassword>());
     }
 
     // Without a connection the sign-in refuses before asking anything.

@@ -150,8 +150,17 @@ private slots:
         QVERIFY(Form<frmTLMain>().mnuSignIn->isEnabled());
     }
 
-    // Server up: the version check is the first request and fills the version and transfer data.
+    // Server up: the version check is the first request and fills the version and transfer data;
+    // without a network by the command line the data is read all the same.
+    void versionCheckIsTheFirstRequest_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("network") << QStringList{};
+        QTest::newRow("/ignorenetwork")
+            << QStringList{QStringLiteral("tavlo"), QStringLiteral("/IgnoreNetwork")};
+    }
     void versionCheckIsTheFirstRequest() {
+        QFETCH(QStringList, arguments);
+        CommandLine::SetArguments(arguments);
         TestHttpServer server;
         server.setAnswer({200, "text/xml", versionRowset(AppVersion::Major() + 1, 0, 0), 0});
         storeWebAddress(server.baseUrl());
@@ -163,6 +172,8 @@ private slots:
                  QStringLiteral("%1.0.0").arg(AppVersion::Major() + 1));
         QCOMPARE(TLMain().FTP().strFTPSite, QStringLiteral("ftp.example"));
         QVERIFY(modTLMain::LatestVersionIsNewer());
+        if (!arguments.isEmpty())
+            QVERIFY(!TLMain().Settings().NetworkConnected());
         QVERIFY(!Form<frmTLSettings>().isVisible());
         // Without a stored sign-in the dialog waits, and the tray is already there.
         QVERIFY(LoadedForm<frmTLLogin>() && LoadedForm<frmTLLogin>()->isVisible());
