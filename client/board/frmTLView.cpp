@@ -49,8 +49,6 @@ frmTLView::frmTLView() {
     tmrRefresh = new QTimer(this);
     tmrRefresh->setObjectName(QStringLiteral("tmrRefresh"));
     tmrRefresh->setInterval(1000);
-    tmrChatReconnect = new QTimer(this);
-    tmrChatReconnect->setObjectName(QStringLiteral("tmrChatReconnect"));
     connectHandlers();
     tmrRefresh->start();
     resize(760, 520);
@@ -190,7 +188,7 @@ void frmTLView::buildPopupMenu() {
     line("mnuLine3");
     mnuAdmin = entry("mnuAdmin", "&Administrator");
     // The contact card, notes and chat windows come with their own releases.
-    for (QAction* later : {mnuViewContactDetails, mnuLeaveNote, mnuChat})
+    for (QAction* later : {mnuViewContactDetails, mnuLeaveNote})
         later->setVisible(false);
 }
 
@@ -211,6 +209,9 @@ void frmTLView::connectHandlers() {
     connect(lblStatusTransOut, &ClickLabel::Click, this, [this] { SetOwnStatus(8); });
     connect(lblStatusTransUnavailable, &ClickLabel::Click, this, [this] { SetOwnStatus(6); });
     connect(lblAdmin, &ClickLabel::Click, this, &frmTLView::lblAdmin_Click);
+    connect(mnuChat, &QAction::triggered, this, &frmTLView::mnuChat_Click);
+    connect(StatusBarBottom, &KeyedStatusBar::PanelClick, this,
+            &frmTLView::StatusBarBottom_PanelClick);
     for (int i = 0; i < 2; ++i)
         connect(cmdAction[static_cast<size_t>(i)], &QPushButton::clicked, this,
                 [this, i] { cmdAction_Click(i); });
@@ -351,7 +352,8 @@ QString frmTLView::chatStatusText() const {
         return QStringLiteral("Chat: Offline");
     if (settings.ChatConnected)
         return QStringLiteral("Chat: Online");
-    if (tmrChatReconnect->isActive() || settings.ChatConnecting)
+    const auto* tray = LoadedForm<frmTLMain>();
+    if ((tray && tray->tmrChatReconnect->isActive()) || settings.ChatConnecting)
         return QStringLiteral("Chat: Connecting");
     return QStringLiteral("Chat: Offline");
 }
@@ -430,6 +432,8 @@ void frmTLView::UpdateNoteCount() {
 
 // Closing isn't quitting: a signed-in user is told where the program went.
 void frmTLView::closeEvent(QCloseEvent* event) {
+    if (Socket)
+        modTLMain::ChatDisConnect();
     if (TLMain().ActiveUser().ValidUser())
         frmTLWarningSysTray::ShowUnlessDeclined();
     event->accept();

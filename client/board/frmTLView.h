@@ -8,6 +8,7 @@
 #include "board/KeyedTabBar.h"
 #include "board/LegendCircle.h"
 #include "board/SpreadGrid.h"
+#include "chat/Socket.h"
 #include <QAction>
 #include <QFrame>
 #include <QGroupBox>
@@ -24,6 +25,7 @@
 #include <memory>
 
 class TLStatusRow;
+class frmTLChat;
 
 // The board: the people of the organisation, a group or the friends list, in a standard sheet
 // (one person a row) or a mini sheet (names only, coloured by status), with the toolbar, the
@@ -47,7 +49,8 @@ public:
     bool SearchVisible = false;
     QString SearchPanelMode;
     QString SearchPanelPrevious;
-    QPointer<QObject> Socket; // the chat connection, when one is open
+    QPointer<::Socket> Socket;        // the chat connection, when one is open
+    QList<QPointer<frmTLChat>> chats; // the conversations of this connection, oldest first
 
     QToolBar* ToolbarTop;
     QWidget* fmeMain;
@@ -87,7 +90,6 @@ public:
     QAction* mnuAddMyFriends;
     QAction* mnuAdmin;
     QTimer* tmrRefresh;
-    QTimer* tmrChatReconnect;
 
     // Loading and layout.
     void FormatTabs();
@@ -141,6 +143,21 @@ public:
     void mnuAddMyFriends_Click();
     void lblAdmin_Click();
     void mnuAdmin_Click();
+
+    // Chat: the connection's events and the conversations.
+    // Makes the connection object and routes its events here.
+    ::Socket& CreateSocket();
+    // Drops the connection object; nothing it says afterwards reaches the program.
+    void DropSocket();
+    // Opens, or shows, the conversation with a user name.
+    void Chat(const QString& strTargetUser);
+    void Socket_Authenticated();
+    void Socket_Chat(const QString& fullJID, const QString& unused, const QString& Body);
+    void Socket_Error(long Number, const QString& Description);
+    void Socket_Presence(const QString& fullJID, long Status, const QString& StatusText);
+    void Socket_XML(long dataDirection, const QString& xTagXML);
+    void StatusBarBottom_PanelClick(const QString& key);
+    void mnuChat_Click();
 
     // The help page beside the program.
     static QString HelpFilePath();

@@ -98,7 +98,7 @@ bool TLUser::loginSteps(const QString& userName, const QString& password) {
     if (root.Settings().AutoStatusIn)
         root.ActiveContact().UpdateContactStatus(m_contactSys, kStatusIn, QString(), QString(),
                                                  QString());
-    // The chat connection joins the sign-in here once the chat client is part of the program.
+    modTLMain::ChatConnect(false);
     SetSecurity();
     modTLMain::ManageApplicationSecurity();
     Form<frmTLMain>().UpdateNoteCountFromDatabase();
@@ -143,6 +143,8 @@ void TLUser::applyChatDisabled(const wire::Recordset& rs) {
 
 void TLUser::Logout() {
     auto& root = TLMain();
+    if (auto* board = LoadedForm<frmTLView>(); m_validUser && board && board->Socket)
+        modTLMain::ChatDisConnect();
     if (m_validUser && root.Settings().AutoStatusIn && root.ActiveStatus().StatusSys == kStatusIn)
         root.ActiveContact().UpdateContactStatus(m_contactSys, kStatusOut, QStringLiteral("NULL"),
                                                  QStringLiteral("NULL"),

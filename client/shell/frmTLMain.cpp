@@ -25,12 +25,13 @@ constexpr int kShellOpened = 42;
 constexpr int kShellFailed = 2;
 constexpr int kCheckNetworkMs = 1000;
 constexpr int kUpdateStatusMs = 30000;
+constexpr int kChatReconnectMs = 30000;
 } // namespace
 
 frmTLMain::frmTLMain()
     : trayIcon(new QSystemTrayIcon(this)), mnuPopupSys(new QMenu(this)),
       tmrCheckNetwork(new QTimer(this)), tmrUpdateStatus(new QTimer(this)),
-      tmrMouseActivity(new QTimer(this)) {
+      tmrMouseActivity(new QTimer(this)), tmrChatReconnect(new QTimer(this)) {
     setObjectName(QStringLiteral("frmTLMain"));
     setWindowTitle(QStringLiteral("Test"));
     trayIcon->setObjectName(QStringLiteral("trayIcon"));
@@ -100,6 +101,8 @@ void frmTLMain::connectMenu() {
     connect(mnuResetConnection, &QAction::triggered, this,
             [] { TLMain().DataAccess().ConnectionEnabled = true; });
     connect(mnuPopExit, &QAction::triggered, this, &frmTLMain::mnuPopExit_Click);
+    connect(mnuSendInstantMessage, &QAction::triggered, this,
+            &frmTLMain::mnuSendInstantMessage_Click);
 }
 
 // The poll and the network watch run from here to the end whether anyone is signed in or not.
@@ -113,6 +116,10 @@ void frmTLMain::connectTimers() {
     connect(tmrUpdateStatus, &QTimer::timeout, this, &frmTLMain::tmrUpdateStatus_Timer);
     tmrMouseActivity->setObjectName(QStringLiteral("tmrMouseActivity"));
     connect(tmrMouseActivity, &QTimer::timeout, this, &frmTLMain::tmrMouseActivity_Timer);
+    // Never started: only its line in the chat panel's rule and its handler exist.
+    tmrChatReconnect->setObjectName(QStringLiteral("tmrChatReconnect"));
+    tmrChatReconnect->setInterval(kChatReconnectMs);
+    connect(tmrChatReconnect, &QTimer::timeout, this, &frmTLMain::tmrChatReconnect_Timer);
 }
 
 void frmTLMain::Form_Load() {
@@ -274,6 +281,12 @@ void frmTLMain::mnuPopExit_Click() {
     if (auto* board = LoadedForm<frmTLView>(); board && board->Socket)
         modTLMain::ChatDisConnect();
     Unload<frmTLMain>();
+}
+
+void frmTLMain::mnuSendInstantMessage_Click() {
+    const auto& settings = TLMain().Settings();
+    if (!settings.ChatConnected && settings.NetworkConnected())
+        modTLMain::ChatConnect(false);
 }
 
 void frmTLMain::mnuSignIn_Click() {

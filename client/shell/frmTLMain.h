@@ -44,6 +44,7 @@ public:
     QTimer* tmrCheckNetwork;  // each second: a lost network ends chat
     QTimer* tmrUpdateStatus;  // every 30 s: the server's status, notes and chat state
     QTimer* tmrMouseActivity; // each second once started: the idle watch
+    QTimer* tmrChatReconnect; // a chat retry that nothing starts
 
     // Adds status entry `index` (1 and up) to the menu, or takes it away again.
     void LoadOption(std::size_t index);
@@ -71,10 +72,12 @@ public:
     // A server that can't be reached during the poll ends the program.
     void tmrUpdateStatus_Timer();
     void tmrMouseActivity_Timer();
+    void tmrChatReconnect_Timer();
 
     void mnuPopOptions_Click(std::size_t index);
     void mnuPopConfigure_Click();
     void mnuPopExit_Click();
+    void mnuSendInstantMessage_Click();
     void mnuSignInAs_Click();
     void mnuSignOut_Click();
     void mnuSignIn_Click();

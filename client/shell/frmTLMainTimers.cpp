@@ -9,6 +9,7 @@
 #include "shell/modTLMain.h"
 #include "shell/modTLMouseActivity.h"
 #include "support/modTLErrorManagement.h"
+#include <QCoreApplication>
 
 // A lost network ends a chat that is online; nothing else happens here. Going online again is
 // the poll's work.
@@ -42,14 +43,14 @@ void pollOwnStatus() {
     Form<frmTLView>().UpdateStatusBar();
 }
 
-// The chat state goes to the server at every tick, as a heartbeat.
+// Chat goes online again here after a loss, and the chat state goes to the server at every
+// tick, as a heartbeat.
 void sendChatState() {
     auto& root = TLMain();
     auto& settings = root.Settings();
     if (settings.EnableChat && !settings.ChatConnecting && !settings.ChatConnected) {
-        // Going online again is the chat connection's own work; until it exists the flag stays
-        // down and the server hears "offline".
         settings.ChatConnected = false;
+        modTLMain::ChatConnect(false);
     }
     const bool online = settings.ChatConnected && !settings.ChatConnecting;
     root.DataAccess().ExecuteSQLFromWeb(
@@ -78,6 +79,16 @@ void frmTLMain::tmrUpdateStatus_Timer() {
             return;
         }
         modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLMain:tmrUpdateStatus"));
+    }
+}
+
+void frmTLMain::tmrChatReconnect_Timer() {
+    try {
+        for (int turn = 0; turn < 100000; ++turn)
+            QCoreApplication::processEvents();
+        modTLMain::ChatConnect(false);
+    } catch (...) {
+        modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLMain:tmrChatReconnectError"));
     }
 }
 

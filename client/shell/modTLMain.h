@@ -42,9 +42,14 @@ void ClearMenuItems();
 // Enables what the signed-in user may use, by sign-in state, rights and chat.
 void ManageApplicationSecurity();
 
-// Ends the chat connection: tells the server the user is offline, drops the connection and
-// switches the chat entries off.
+// Connects to the chat server as the signed-in user (registering the account first when
+// blnNewAccount is set), unless chat is off for the user or the organisation. The program
+// counts itself online from the moment of the call.
+void ChatConnect(bool blnNewAccount);
+// End the chat connection: tell the server the user is offline, drop the connection and switch
+// the chat entries off. The orderly end, and the reaction to an error or to chat being off.
 void ChatDisConnect();
+void ChatDisable();
 
 void ClearContacts();
 void ClearStatuses();

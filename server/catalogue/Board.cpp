@@ -33,7 +33,8 @@ const QString kSelect =
     QStringLiteral(
         ", c.organizationlocationsys AS \"OrganizationLocationSys\", s.statussys AS \"StatusSys\", "
         "s.statustext AS \"Status\", s.colorsys AS \"ColorSys\", k.colorcode AS \"ColorCode\", "
-        "s.picturelocation AS \"StatusPictureLocation\", c.chatstatus AS \"ChatStatus\", "
+        "s.picturelocation AS \"StatusPictureLocation\", "
+        "CASE WHEN c.chatstatus = 1 AND c.chatseenat >= ? THEN 1 ELSE 0 END AS \"ChatStatus\", "
         "c.comment AS \"comment\", c.returnat AS \"returningtext\", "
         "CASE WHEN f.contactsys IS NULL THEN 0 ELSE 1 END AS \"myfriend\" "
         "FROM contact c "
@@ -76,6 +77,12 @@ QTime readTime(const QString& text) {
 
 } // namespace
 
+QString chatSeenSince() {
+    return QDateTime::currentDateTime()
+        .addSecs(-kChatHeartbeatSeconds)
+        .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
 QString now() {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
 }
@@ -115,7 +122,7 @@ QString storedMoment(const QVariant& date, const QVariant& time) {
 
 wire::Rowset people(Database& db, qint64 askingUser, const QString& where,
                     const QVariantList& values) {
-    QVariantList all{askingUser};
+    QVariantList all{chatSeenSince(), askingUser};
     all += values;
     wire::Rowset rowset =
         ReadRowset(db,

@@ -28,5 +28,9 @@ QString returningText(const QVariant& stored);
 QString storedMoment(const QVariant& date, const QVariant& time);
 
 QString now(); // the present moment as stored
+// A client on chat says so with every poll (each 30 s); one silent for three polls has gone.
+inline constexpr int kChatHeartbeatSeconds = 90;
+// The oldest heartbeat that still counts as being on chat.
+QString chatSeenSince();
 
 } // namespace Board

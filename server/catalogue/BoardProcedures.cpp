@@ -155,8 +155,9 @@ Answer removeFriend(Database& db, const Args& a) {
 
 Answer updateChatStatus(Database& db, const Args& a) {
     db.write([&] {
-        db.exec(QStringLiteral("UPDATE contact SET chatstatus = ? WHERE contactsys = ?"),
-                {a.integer(1) == 0 ? 0 : 1, a.value(0)});
+        db.exec(QStringLiteral("UPDATE contact SET chatstatus = ?, chatseenat = ? WHERE "
+                               "contactsys = ?"),
+                {a.integer(1) == 0 ? 0 : 1, Board::now(), a.value(0)});
     });
     return std::nullopt;
 }

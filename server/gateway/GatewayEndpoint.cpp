@@ -1,10 +1,12 @@
 #include "GatewayEndpoint.h"
 
+#include "catalogue/Board.h"
 #include "catalogue/Catalogue.h"
 #include "store/Database.h"
 #include "wire/FormEncoding.h"
 #include "wire/RowsetWriter.h"
 #include "wire/Statement.h"
+#include <QDateTime>
 #include <QTextStream>
 #include <exception>
 
@@ -56,7 +58,10 @@ GatewayEndpoint::Reply GatewayEndpoint::Handle(const QByteArray& formBody, const
     try {
         // The version is read before the statement runs, so an answer is never filed under a
         // version newer than the data it saw.
-        const std::uint64_t version = m_db.dataVersion();
+        // Answers also age out: who is on chat changes with time alone.
+        const std::uint64_t version =
+            (m_db.dataVersion() << 32) |
+            std::uint64_t(QDateTime::currentSecsSinceEpoch() / (Board::kChatHeartbeatSeconds / 3));
         const bool cacheable = AnswerCache::Cacheable(statement->procedure);
         if (cacheable)
             if (const auto cached = m_cache.Find(*sql, version))

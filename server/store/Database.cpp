@@ -128,6 +128,17 @@ void Database::createSchema() {
         for (const QString& statement : Schema::statements(m_postgres))
             exec(statement);
     });
+    // Probed outside a transaction: a failed statement would end one on PostgreSQL.
+    for (const auto& added : Schema::addedColumns()) {
+        QSqlQuery probe(connection());
+        if (probe.exec(
+                QStringLiteral("SELECT %1 FROM %2 WHERE 1 = 0").arg(added.column, added.table)))
+            continue;
+        write([&] {
+            exec(QStringLiteral("ALTER TABLE %1 ADD COLUMN %2 %3")
+                     .arg(added.table, added.column, added.type));
+        });
+    }
 }
 
 QString Database::dump() {

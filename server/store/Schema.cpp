@@ -28,7 +28,7 @@ const Table kTables[] = {
      "homefax TEXT, homeemail TEXT, hiredate TEXT, dateadded TEXT, tooltip TEXT, "
      "showhomeinfo INTEGER NOT NULL DEFAULT 0, statussys INTEGER NOT NULL DEFAULT 3, "
      "comment TEXT, returnat TEXT, statussetby INTEGER, statussetat TEXT, "
-     "chatstatus INTEGER NOT NULL DEFAULT 0"},
+     "chatstatus INTEGER NOT NULL DEFAULT 0, chatseenat TEXT"},
     {"users", "usersys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, username TEXT NOT NULL "
               "UNIQUE, passwordhash TEXT NOT NULL, removed INTEGER NOT NULL DEFAULT 0"},
     {"usersecurity", "usersys INTEGER NOT NULL, securityobjectsys INTEGER NOT NULL, "
@@ -80,6 +80,10 @@ QStringList statements(bool postgres) {
     for (const char* index : kIndexes)
         out << QString::fromLatin1(index);
     return out;
+}
+
+QList<AddedColumn> addedColumns() {
+    return {{QStringLiteral("contact"), QStringLiteral("chatseenat"), QStringLiteral("TEXT")}};
 }
 
 QStringList tables() {

@@ -9,4 +9,12 @@ namespace Schema {
 QStringList statements(bool postgres); // CREATE TABLE IF NOT EXISTS ..., in dependency order
 QStringList tables();                  // every table, in the same order
 
+// Columns that later releases added to existing tables; a database made before gets them.
+struct AddedColumn {
+    QString table;
+    QString column;
+    QString type;
+};
+QList<AddedColumn> addedColumns();
+
 } // namespace Schema

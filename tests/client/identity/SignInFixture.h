@@ -40,17 +40,23 @@ public:
             TLMain().ActiveUser().Logout();
         FormRegistry::instance().unloadAll();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        for (const char* name : {"AutoLogin", "UserName", "Password", "EnableChat", "AutoStatusIn"})
+        for (const char* name : {"AutoLogin", "UserName", "Password", "AutoStatusIn"})
             modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
                                             QString::fromLatin1(name), QString());
+        // Chat only where a test starts a chat server and asks for it.
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("EnableChat"), QStringLiteral("0"));
         pointAtGateway();
         TLMain().ActiveOrganization().ChatDisabled = false;
         boxes.clear();
         gateway->clear();
     }
 
-    // The settings dialog's first load reads the stored settings over the live ones.
+    // The settings dialog's first load reads the stored settings over the live ones, and saving
+    // them copies the dialog back: both name the gateway.
     void pointAtGateway() {
+        modTLRegistry::SetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                        QStringLiteral("WebAddress"), gateway->baseUrl());
         Form<frmTLSettings>();
         TLMain().Settings().SetWebAddress(gateway->baseUrl());
         TLMain().Settings().ConnectedNorvaneServer = TLMain().DataAccess().ConnectDB();

@@ -57,6 +57,8 @@ private slots:
             // The own status reaches the board's status bar, and that first touch loads the
             // board: its list and its legend.
             board, QStringLiteral("EXEC tl_GetAvailableColors %1,%2").arg(org, userSys),
+            // Chat is off for this user: the server hears so.
+            QStringLiteral("EXEC tl_UpdateChatStatus %1, 0").arg(contact),
             QStringLiteral("EXECUTE tl_GetUserSecurity ") + userSys};
         if (TLMain().Settings().NetworkConnected())
             expected << QStringLiteral("EXEC tl_GetContactNotesUnread  ") + contact;

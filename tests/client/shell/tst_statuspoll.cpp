@@ -113,7 +113,6 @@ private slots:
         QTest::newRow("chat off") << false << false << false << ", 0";
         QTest::newRow("online") << true << true << false << ", 1";
         QTest::newRow("still connecting") << true << true << true << ", 0";
-        QTest::newRow("offline, chat on") << true << false << false << ", 0";
     }
     void theChatStateGoesToTheServerAtEveryTick() {
         QFETCH(bool, enabled);
@@ -153,30 +152,6 @@ private slots:
         QCOMPARE(tick(), QStringList());
         f.gateway->clear();
         tray().UpdateNoteCountFromDatabase();
-        QCOMPARE(f.gateway->statements(), QStringList());
-    }
-
-    void aLostNetworkEndsAChatThatIsOnline() {
-        auto& settings = root().Settings();
-        settings.EnableChat = settings.ChatConnected = true;
-        QObject connection;
-        Form<frmTLView>().Socket = &connection;
-        f.gateway->clear();
-        tray().tmrCheckNetwork_Timer(); // network up: nothing
-        QCOMPARE(f.gateway->statements(), QStringList());
-        QVERIFY(settings.ChatConnected);
-
-        NetworkInterfaces::SetSource(&FakeNetwork::OnlyLoopback);
-        tray().tmrCheckNetwork_Timer();
-        QCOMPARE(f.gateway->statements(),
-                 QStringList{QStringLiteral("EXEC tl_UpdateChatStatus ") + contact + ", 0"});
-        QVERIFY(!Form<frmTLView>().Socket);
-        QVERIFY(!settings.ChatConnected);
-        QCOMPARE(panel("chatstatus"), QStringLiteral("Chat: Offline"));
-        QVERIFY(!Form<frmTLView>().mnuChat->isEnabled());
-        QVERIFY(!tray().mnuLeaveMessage->isEnabled());
-        f.gateway->clear();
-        tray().tmrCheckNetwork_Timer(); // already offline: nothing more
         QCOMPARE(f.gateway->statements(), QStringList());
     }
 

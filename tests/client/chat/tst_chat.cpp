@@ -1,0 +1,256 @@
+#include "../identity/SignInFixture.h"
+#include "../platform/FakeNetwork.h"
+#include "ProsodyServer.h"
+#include "board/frmTLView.h"
+#include "chat/Socket.h"
+#include "chat/frmTLChat.h"
+#include "platform/WindowAlert.h"
+#include "shell/frmTLMain.h"
+#include <QSignalSpy>
+#include <QTextCursor>
+
+namespace {
+
+constexpr int kWait = 10000;
+
+// One letter a character of the log: R red bold, B blue bold, K black bold, k plain.
+QString formats(QTextEdit* rtb) {
+    QString codes;
+    const QString text = rtb->toPlainText();
+    for (int i = 0; i < text.size(); ++i) {
+        if (text.at(i) == QLatin1Char('\n'))
+            continue;
+        QTextCursor at(rtb->document());
+        at.setPosition(i + 1);
+        const QTextCharFormat format = at.charFormat();
+        const bool bold = format.fontWeight() >= QFont::Bold;
+        const QColor color = format.foreground().style() == Qt::NoBrush
+                                 ? QColor(Qt::black)
+                                 : format.foreground().color();
+        codes += color == QColor(255, 0, 0)   ? QLatin1Char('R')
+                 : color == QColor(0, 0, 255) ? QLatin1Char('B')
+                 : bold                       ? QLatin1Char('K')
+                                              : QLatin1Char('k');
+    }
+    return codes;
+}
+
+} // namespace
+
+// Chat through a real chat server and a real tavlo-server: connecting (a first-time user
+// registers), the chat state on the server, network loss, and conversations with a peer.
+class TestChat : public QObject {
+    Q_OBJECT
+    SignInFixture f;
+    std::unique_ptr<ProsodyServer> chat;
+    int flashes = 0;
+
+    frmTLView& board() { return Form<frmTLView>(); }
+    QString panel() { return board().StatusBarBottom->Panel(QStringLiteral("chatstatus"))->text(); }
+    int sent(const QString& statement) { return int(f.gateway->statements().count(statement)); }
+    int chatFlag(int contact) {
+        return f
+            .query(
+                QStringLiteral("SELECT chatstatus FROM contact WHERE contactsys = %1").arg(contact))
+            .toInt();
+    }
+    bool online() { return board().Socket && board().Socket->IsConnected(); }
+
+    bool signIn(const QString& name) {
+        TLMain().Settings().EnableChat = true;
+        TLMain().Settings().SetChatServer(chat->chatServerSetting());
+        return TLMain().ActiveUser().Login(name, QStringLiteral("demo"));
+    }
+
+    // Another person's chat program, signed in with an account of its own.
+    std::unique_ptr<::Socket> peer(const QString& user, const QString& resource) {
+        chat->registerUser(user, QStringLiteral("pw"));
+        auto socket = std::make_unique<::Socket>();
+        QSignalSpy in(socket.get(), &::Socket::Authenticated);
+        socket->Connect(chat->host(), chat->port(), user, QStringLiteral("pw"), resource, 1, 2,
+                        false);
+        return in.wait(kWait) ? std::move(socket) : nullptr;
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(f.start(), qPrintable(f.server->failure()));
+        WindowAlert::SetFlashHook([this](QWindow*) { ++flashes; });
+    }
+    void init() {
+        if (!chat || !chat->started())
+            chat = std::make_unique<ProsodyServer>();
+        QVERIFY2(chat->started(), qPrintable(chat->failure()));
+        f.reset();
+        NetworkInterfaces::SetSource(&FakeNetwork::Wired);
+        TLMain().Settings().ChatConnected = TLMain().Settings().ChatConnecting = false;
+        Form<frmTLMain>().tmrUpdateStatus->stop();
+        Form<frmTLMain>().tmrCheckNetwork->stop();
+        flashes = 0;
+    }
+
+    // A first-time user is refused, registers and comes online with no message; the next
+    // sign-in goes straight in. The server hears ", 1" on connecting and ", 0" at sign-out.
+    void firstSignInRegistersTheNextGoesStraightIn() {
+        const QString on = QStringLiteral("EXEC tl_UpdateChatStatus 1001, 1");
+        QVERIFY(signIn(QStringLiteral("ann")));
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        QTRY_COMPARE(sent(on), 2); // the first connect and the one that registers
+        QVERIFY(f.boxes.isEmpty());
+        QVERIFY(TLMain().Settings().ChatConnected);
+        QCOMPARE(panel(), QStringLiteral("Chat: Online"));
+        QVERIFY(board().mnuChat->isEnabled() &&
+                Form<frmTLMain>().mnuSendInstantMessage->isEnabled());
+        QCOMPARE(chatFlag(1001), 1);
+
+        TLMain().ActiveUser().Logout();
+        QCOMPARE(sent(QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")), 1);
+        QVERIFY(!board().Socket);
+        QCOMPARE(chatFlag(1001), 0);
+
+        f.gateway->clear();
+        QVERIFY(signIn(QStringLiteral("ann")));
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        QTest::qWait(300);
+        QCOMPARE(sent(on), 1);
+    }
+
+    // Chat switched off for the organisation: no connection is ever made, ", 0" every time.
+    void organisationWithoutChatNeverConnects() {
+        QVERIFY(signIn(QStringLiteral("hana")));
+        QVERIFY(!board().Socket);
+        const QString off = QStringLiteral("EXEC tl_UpdateChatStatus %1, 0")
+                                .arg(TLMain().ActiveUser().ContactSys());
+        QVERIFY2(sent(off) >= 1, qPrintable(f.gateway->statements().join('\n')));
+        board().StatusBarBottom_PanelClick(QStringLiteral("chatstatus"));
+        QVERIFY(!board().Socket);
+        QCOMPARE(panel(), QStringLiteral("Chat: Offline"));
+    }
+
+    // The network watch drops the connection at once; the next poll tick connects again.
+    void networkLossDisconnectsAndThePollReconnects() {
+        QVERIFY(signIn(QStringLiteral("ann")));
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        NetworkInterfaces::SetSource(&FakeNetwork::OnlyLoopback);
+        f.gateway->clear();
+        Form<frmTLMain>().tmrCheckNetwork_Timer();
+        QCOMPARE(f.gateway->statements(),
+                 QStringList{QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")});
+        QVERIFY(!board().Socket && !TLMain().Settings().ChatConnected);
+        QVERIFY(!Form<frmTLMain>().mnuLeaveMessage->isEnabled());
+        Form<frmTLMain>().tmrUpdateStatus_Timer(); // no network: nothing
+        QCOMPARE(f.gateway->statements().size(), 1);
+
+        NetworkInterfaces::SetSource(&FakeNetwork::Wired);
+        Form<frmTLMain>().tmrUpdateStatus_Timer();
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        QCOMPARE(f.gateway->statements().last(),
+                 QStringLiteral("EXEC tl_UpdateChatStatus 1001, 1"));
+    }
+
+    // A peer's messages open one window per full address; one's own lines go out filtered.
+    void conversations() {
+        QVERIFY(signIn(QStringLiteral("ann")));
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        auto bob = peer(QStringLiteral("bob"), QStringLiteral("Tavlo"));
+        auto bobPhone = peer(QStringLiteral("bob"), QStringLiteral("Phone"));
+        QVERIFY(bob && bobPhone);
+        const QString ann = QStringLiteral("ann@localhost/Tavlo");
+
+        bob->SendMessage(ann, QString(), QStringLiteral("hello"));
+        QTRY_COMPARE_WITH_TIMEOUT(board().chats.size(), 1, kWait);
+        frmTLChat* window = board().chats[0];
+        QCOMPARE(window->windowTitle(), QStringLiteral("Chat with bob"));
+        QCOMPARE(window->Tag(), QStringLiteral("bob@localhost/Tavlo"));
+        QCOMPARE(frmTLChat::Text(window->txtMessage), QStringLiteral("<bob> hello"));
+        bob->SendMessage(ann, QString(), QStringLiteral("again"));
+        QTRY_COMPARE_WITH_TIMEOUT(frmTLChat::Text(window->txtMessage),
+                                  QStringLiteral("<bob> hello\r\n<bob> again"), kWait);
+        QCOMPARE(board().chats.size(), 1);
+        QCOMPARE(flashes, 2);
+        bobPhone->SendMessage(ann, QString(), QStringLiteral("from my phone"));
+        QTRY_COMPARE_WITH_TIMEOUT(board().chats.size(), 2, kWait);
+
+        QSignalSpy heard(bob.get(), &::Socket::Chat);
+        window->txtChat->setText(QStringLiteral("a\\b <c>"));
+        QTest::keyClick(window->txtChat, Qt::Key_Return);
+        QCOMPARE(window->txtChat->text(), QString());
+        QVERIFY(frmTLChat::Text(window->txtMessage).endsWith(QStringLiteral("\r\n<me> a b (c)")));
+        QTRY_COMPARE_WITH_TIMEOUT(heard.size(), 1, kWait);
+        QCOMPARE(heard[0][0].toString(), ann);
+        QCOMPARE(heard[0][2].toString(), QStringLiteral("a b (c)"));
+
+        // Opening by name finds the open window; a new name opens an empty one, unflashed.
+        board().Chat(QStringLiteral("bob"));
+        QCOMPARE(board().chats.size(), 2);
+        board().Chat(QStringLiteral("carol"));
+        QCOMPARE(board().chats.size(), 3);
+        frmTLChat* toCarol = board().chats[2];
+        QCOMPARE(toCarol->windowTitle(), QStringLiteral("Chat with carol"));
+        QCOMPARE(flashes, 3);
+
+        // Carol isn't on chat: the message bounces, the user is told, the connection stays.
+        toCarol->txtChat->setText(QStringLiteral("hi"));
+        toCarol->cmdSend->click();
+        QCOMPARE(frmTLChat::Text(toCarol->txtMessage), QStringLiteral("\r\n<me> hi"));
+        QTRY_COMPARE_WITH_TIMEOUT(f.boxes.size(), 1, kWait);
+        QCOMPARE(f.boxes[0].text, QStringLiteral("User is not signed into chat."));
+        QVERIFY(online());
+
+        // A closed window is forgotten: bob's next message opens a new one.
+        window->close();
+        bob->SendMessage(ann, QString(), QStringLiteral("still there?"));
+        QTRY_COMPARE_WITH_TIMEOUT(board().chats.size(), 4, kWait);
+        QCOMPARE(frmTLChat::Text(board().chats[3]->txtMessage),
+                 QStringLiteral("<bob> still there?"));
+    }
+
+    // The chat server going away: the user is told and chat is switched off until the poll.
+    void aLostChatServerSwitchesChatOff() {
+        QVERIFY(signIn(QStringLiteral("ann")));
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        f.gateway->clear();
+        chat->stop();
+        QTRY_VERIFY_WITH_TIMEOUT(!board().Socket, kWait);
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(
+            f.boxes[0].text,
+            QStringLiteral("Sorry, you are not currently connected to the Tavlo Chat Server."));
+        QCOMPARE(f.gateway->statements(),
+                 QStringList{QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")});
+        QCOMPARE(panel(), QStringLiteral("Chat: Offline"));
+        QVERIFY(!board().mnuChat->isEnabled());
+    }
+
+    // Names in bold colour (red for four characters, as "<me>"), earlier text plain, the
+    // newest text bold; a "<" with no ">" runs to the end as a name.
+    void colorNames_data() {
+        QTest::addColumn<QString>("log");
+        QTest::addColumn<QString>("codes");
+        QTest::newRow("me") << "<me> hi"
+                            << "RRRRkKK";
+        QTest::newRow("two lines") << "<bob> hi\r\n<me> yo"
+                                   << "BBBBBkkkRRRRkKK";
+        QTest::newRow("two letters") << "<al> x"
+                                     << "RRRRkK";
+        QTest::newRow("three letters") << "<bob> x"
+                                       << "BBBBBkK";
+        QTest::newRow("lone <") << "<bob> a < b"
+                                << "BBBBBkkkBBB";
+        QTest::newRow("< at the end") << "<bob> <"
+                                      << "BBBBBkB";
+        QTest::newRow("text before a name") << "x <bob> hi"
+                                            << "kkBBBBBkKK";
+    }
+    void colorNames() {
+        QFETCH(QString, log);
+        QFETCH(QString, codes);
+        QTextEdit box;
+        frmTLChat::SetText(&box, log);
+        frmTLChat::ColorNames(&box);
+        QCOMPARE(formats(&box), codes);
+    }
+};
+
+TAVLO_SIGNED_IN_TEST_MAIN(TestChat)
+#include "tst_chat.moc"
