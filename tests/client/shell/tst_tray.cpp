@@ -1,5 +1,6 @@
 #include "../identity/SignInFixture.h"
 #include "board/frmTLView.h"
+#include "chat/frmTLChat.h"
 #include "identity/frmTLLogin.h"
 #include "shell/TrayDisplay.h"
 #include "shell/frmTLMain.h"
@@ -165,6 +166,22 @@ private slots:
         QCOMPARE(Form<frmTLView>().ActiveView, 2);
         QCOMPARE(Form<frmTLView>().TabCategories->SelectedKey(), QStringLiteral("ViewChoiceMini"));
         screenshot(QStringLiteral("board-mini"));
+    }
+
+    // A message routed to a conversation window, answered, over the board.
+    void chatWindowOverTheBoard() {
+        auto& board = Form<frmTLView>();
+        board.Socket_Chat(QStringLiteral("bob@localhost/Tavlo"), QString(),
+                          QStringLiteral("Lunch at noon?"));
+        QCOMPARE(board.chats.size(), 1);
+        frmTLChat* window = board.chats[0];
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        window->txtChat->setText(QStringLiteral("Yes, <see> you there"));
+        window->cmdSend->click();
+        QCOMPARE(frmTLChat::Text(window->txtMessage),
+                 QStringLiteral("<bob> Lunch at noon?\r\n<me> Yes, (see) you there"));
+        screenshot(QStringLiteral("chat-window"));
+        window->close();
     }
 
     void signOutFromTheMenu() {
