@@ -1,7 +1,9 @@
 // tavlo-server: the server behind the client's gateway.
 //   tavlo-server serve [--listen HOST:PORT] [--db URL] [--smtp smtp://host:port] [--public-url URL]
+//                      [--helpdesk-mail ADDRESS]
 //   tavlo-server init|demo|outbox|anomalies [--db URL]
 #include "catalogue/Recovery.h"
+#include "catalogue/ServerSettings.h"
 #include "gateway/GatewayServer.h"
 #include "mail/Outbox.h"
 #include "store/Database.h"
@@ -9,6 +11,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
+#include <QRegularExpression>
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -31,7 +34,19 @@ QString defaultDatabase() {
     return QStringLiteral("sqlite:") + folder + QStringLiteral("/tavlo.db");
 }
 
-int serve(Database& db, const QString& listen, const QString& smtp, const QString& publicUrl) {
+// One plain address: no blanks, line breaks or list separators that would widen who gets mail.
+bool isSingleAddress(const QString& address) {
+    static const QRegularExpression single(QStringLiteral("^[^@\\s,;<>\"]+@[^@\\s,;<>\"]+$"));
+    return single.match(address).hasMatch();
+}
+
+int serve(Database& db, const QString& listen, const QString& smtp, const QString& publicUrl,
+          const ServerSettings& settings) {
+    if (!settings.helpDeskMail.isEmpty() && !isSingleAddress(settings.helpDeskMail)) {
+        QTextStream(stderr) << "--helpdesk-mail takes one address, as in help@example.org\n";
+        return 2;
+    }
+    ServerSettings::Set(settings);
     const qsizetype colon = listen.lastIndexOf(QLatin1Char(':'));
     bool portOk = false;
     const int port = colon > 0 ? listen.mid(colon + 1).toInt(&portOk) : 0;
@@ -112,6 +127,10 @@ int main(int argc, char* argv[]) {
     parser.addOption({QStringLiteral("public-url"),
                       QStringLiteral("address that recovery links point at"),
                       QStringLiteral("url")});
+    parser.addOption({QStringLiteral("helpdesk-mail"),
+                      QStringLiteral("the help desk's address, which mail may go to besides the "
+                                     "people's own"),
+                      QStringLiteral("address")});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     if (args.size() != 1) {
@@ -135,7 +154,8 @@ int main(int argc, char* argv[]) {
         if (command == QStringLiteral("serve"))
             return serve(db, parser.value(QStringLiteral("listen")),
                          parser.value(QStringLiteral("smtp")),
-                         parser.value(QStringLiteral("public-url")));
+                         parser.value(QStringLiteral("public-url")),
+                         {parser.value(QStringLiteral("helpdesk-mail")).trimmed()});
         if (command == QStringLiteral("outbox")) {
             for (const QString& line : Outbox::List(db))
                 QTextStream(stdout) << line << '\n';

@@ -28,6 +28,18 @@ struct ListDeleter {
 };
 
 // Header values travel as single-byte text; line breaks would end the header early.
+// Runs the prepared request; a transport failure leaves no body.
+void perform(CURL* h, GatewayReply& reply, const char* errorText) {
+    const CURLcode rc = curl_easy_perform(h);
+    curl_easy_getinfo(h, CURLINFO_RESPONSE_CODE, &reply.httpStatus);
+    if (rc != CURLE_OK) {
+        reply.transportError = QString::fromUtf8(errorText[0] ? errorText : curl_easy_strerror(rc));
+        reply.body.clear();
+        return;
+    }
+    reply.transportOk = true;
+}
+
 QByteArray headerValue(const QString& text) {
     QByteArray value = cp1252::encode(text);
     value.replace('\r', ' ').replace('\n', ' ');
@@ -74,14 +86,30 @@ GatewayReply postStatement(const GatewayRequest& request) {
     if (request.timeoutMs > 0)
         curl_easy_setopt(h, CURLOPT_TIMEOUT_MS, request.timeoutMs);
 
-    const CURLcode rc = curl_easy_perform(h);
-    curl_easy_getinfo(h, CURLINFO_RESPONSE_CODE, &reply.httpStatus);
-    if (rc != CURLE_OK) {
-        reply.transportError = QString::fromUtf8(errorText[0] ? errorText : curl_easy_strerror(rc));
-        reply.body.clear();
+    perform(h, reply, errorText);
+    return reply;
+}
+
+GatewayReply getUrl(const QString& url, long timeoutMs) {
+    initialiseOnce();
+    GatewayReply reply;
+    std::unique_ptr<CURL, EasyDeleter> easy(curl_easy_init());
+    if (!easy) {
+        reply.transportError = QStringLiteral("could not start an HTTP request");
         return reply;
     }
-    reply.transportOk = true;
+    CURL* h = easy.get();
+    const QByteArray address = url.toUtf8();
+    char errorText[CURL_ERROR_SIZE] = {};
+    curl_easy_setopt(h, CURLOPT_URL, address.constData());
+    curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, appendBody);
+    curl_easy_setopt(h, CURLOPT_WRITEDATA, &reply.body);
+    curl_easy_setopt(h, CURLOPT_ERRORBUFFER, errorText);
+    curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(h, CURLOPT_FOLLOWLOCATION, 1L);
+    if (timeoutMs > 0)
+        curl_easy_setopt(h, CURLOPT_TIMEOUT_MS, timeoutMs);
+    perform(h, reply, errorText);
     return reply;
 }
 

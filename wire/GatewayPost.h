@@ -25,6 +25,9 @@ struct GatewayRequest {
 // "strSQL=" + form::URLEncode(sql) as single-byte text. Blocking (libcurl).
 GatewayReply postStatement(const GatewayRequest& request);
 
+// Fetches a URL with a plain GET (a picture of the web site, say). Blocking (libcurl).
+GatewayReply getUrl(const QString& url, long timeoutMs);
+
 // The exact body postStatement sends for a statement.
 QByteArray gatewayBody(const QString& sql);
 

@@ -4,6 +4,7 @@
 #include "base/Twips.h"
 #include "board/SpreadCellDelegate.h"
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QTimer>
 #include <QToolTip>
@@ -151,6 +152,50 @@ void SpreadGrid::SetValue(int value) {
 void SpreadGrid::SetBackColor(std::int32_t colorNumber) {
     const QColor color = ColorFromNumber(colorNumber);
     forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setBackground(color); });
+}
+
+void SpreadGrid::SetForeColor(std::int32_t colorNumber) {
+    const QColor color = ColorFromNumber(colorNumber);
+    forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setForeground(color); });
+}
+
+template <class F> void SpreadGrid::changeFont(F&& change) {
+    forEachAddressed([&](QTableWidgetItem* it, int, int) {
+        QFont font = it->font();
+        change(font);
+        it->setFont(font);
+    });
+}
+
+void SpreadGrid::SetFontName(const QString& name) {
+    changeFont([&](QFont& font) { font.setFamily(name); });
+}
+
+void SpreadGrid::SetFontSize(int points) {
+    changeFont([&](QFont& font) { font.setPointSize(points); });
+}
+
+void SpreadGrid::SetFontBold(bool bold) {
+    changeFont([&](QFont& font) { font.setBold(bold); });
+}
+
+void SpreadGrid::SetFontUnderline(bool underline) {
+    changeFont([&](QFont& font) { font.setUnderline(underline); });
+}
+
+bool SpreadGrid::FontBold() const {
+    const QTableWidgetItem* it = existingCell(Row, Col);
+    return it && it->font().bold();
+}
+
+bool SpreadGrid::FontUnderline() const {
+    const QTableWidgetItem* it = existingCell(Row, Col);
+    return it && it->font().underline();
+}
+
+void SpreadGrid::SetOperationMode(int mode) {
+    setSelectionBehavior(mode == 2 ? QAbstractItemView::SelectRows
+                                   : QAbstractItemView::SelectItems);
 }
 
 // Cells are never edited in place on this sheet, so every cell is locked already; a lock
@@ -311,9 +356,22 @@ void SpreadGrid::mouseDoubleClickEvent(QMouseEvent* event) {
     emit DblClick(at.x(), at.y());
 }
 
+void SpreadGrid::keyReleaseEvent(QKeyEvent* event) {
+    QTableWidget::keyReleaseEvent(event);
+    // The key codes of the program: 38 up, 40 down, the others as Qt names them.
+    const int code = event->key() == Qt::Key_Up     ? 38
+                     : event->key() == Qt::Key_Down ? 40
+                                                    : event->key();
+    emit KeyUp(code);
+}
+
 void SpreadGrid::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::RightButton) {
         QTableWidget::mousePressEvent(event);
+        if (event->button() == Qt::LeftButton) {
+            const QPoint at = cellAt(viewport()->mapTo(this, event->position().toPoint()));
+            emit Click(at.x(), at.y());
+        }
         return;
     }
     const QPoint at = cellAt(viewport()->mapTo(this, event->position().toPoint()));

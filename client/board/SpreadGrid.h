@@ -38,6 +38,13 @@ public:
     int Value() const;
     void SetValue(int value);
     void SetBackColor(std::int32_t colorNumber);
+    void SetForeColor(std::int32_t colorNumber);
+    void SetFontName(const QString& name);
+    void SetFontSize(int points);
+    void SetFontBold(bool bold);
+    void SetFontUnderline(bool underline);
+    bool FontBold() const;      // of the cell at Row, Col
+    bool FontUnderline() const; // of the cell at Row, Col
     void SetLock(bool locked);
     // The cell kind and check box centring of the addressed cells; with Row -1 they hold for
     // every cell the column gets later too.
@@ -73,11 +80,16 @@ public:
     // Deletes the rows Row to Row2 with their row data; the rows below move up. The sheet keeps
     // its size, so the caller lowers MaxRows.
     void DeleteRows();
+    // 2 selects whole rows; other modes select cells.
+    void SetOperationMode(int mode);
+    int ActiveRow() const { return currentRow() + 1; }
 
     QString ToolTipText() const { return m_toolTipText; }
     void SetToolTipText(const QString& text) { m_toolTipText = text; }
 
 signals:
+    void Click(int col, int row);
+    void KeyUp(int keyCode);
     void DblClick(int col, int row);
     // Click type 1 (single); the cell; the pointer's position on the screen.
     void RightClick(int clickType, int col, int row, int mouseX, int mouseY);
@@ -88,6 +100,7 @@ protected:
     bool viewportEvent(QEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
 
 private:
@@ -97,6 +110,7 @@ private:
         int align = -1; // none set
     };
     template <class F> void forEachAddressed(F&& apply);
+    template <class F> void changeFont(F&& change);
     QTableWidgetItem* cell(int row, int col);
     QTableWidgetItem* newCell(int col) const;
     const QTableWidgetItem* existingCell(int row, int col) const;

@@ -8,11 +8,13 @@
 #include "directory/TLGroup.h"
 #include "directory/TLStatusRow.h"
 #include "identity/frmTLLogin.h"
+#include "notes/frmTLReadNotes.h"
 #include "platform/Desktop.h"
 #include "shell/TLMain.h"
 #include "shell/frmTLMain.h"
 #include "shell/frmTLWarningSysTray.h"
 #include "shell/modTLMain.h"
+#include "support/frmTLHelpDesk.h"
 #include "support/modTLErrorManagement.h"
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -104,7 +106,6 @@ void frmTLView::buildToolbar() {
     }
     ToolbarButton(3)->setCheckable(true);
     // The notes window comes with its own release; the button shows the count meanwhile.
-    ToolbarButton(4)->setEnabled(false);
 }
 
 void frmTLView::buildLegend(QWidget* parent) {
@@ -144,7 +145,6 @@ void frmTLView::buildLegend(QWidget* parent) {
         namedLabel(QStringLiteral("lblChatAvailable"), QStringLiteral("* Chat Active"), frmLegend);
     lblSupport =
         namedLabel<ClickLabel>(QStringLiteral("lblSupport"), QStringLiteral("Support"), frmLegend);
-    lblSupport->hide(); // shown once the help desk can be reached from here
     lblAdmin =
         namedLabel<ClickLabel>(QStringLiteral("lblAdmin"), QStringLiteral("Admin"), frmLegend);
     row->addWidget(lblChatAvailable);
@@ -187,9 +187,6 @@ void frmTLView::buildPopupMenu() {
     mnuAddMyFriends = entry("mnuAddMyFriends", "Add to My &Friends");
     line("mnuLine3");
     mnuAdmin = entry("mnuAdmin", "&Administrator");
-    // The contact card, notes and chat windows come with their own releases.
-    for (QAction* later : {mnuViewContactDetails, mnuLeaveNote})
-        later->setVisible(false);
 }
 
 void frmTLView::connectHandlers() {
@@ -210,6 +207,10 @@ void frmTLView::connectHandlers() {
     connect(lblStatusTransUnavailable, &ClickLabel::Click, this, [this] { SetOwnStatus(6); });
     connect(lblAdmin, &ClickLabel::Click, this, &frmTLView::lblAdmin_Click);
     connect(mnuChat, &QAction::triggered, this, &frmTLView::mnuChat_Click);
+    connect(mnuLeaveNote, &QAction::triggered, this, &frmTLView::mnuLeaveNote_Click);
+    connect(mnuViewContactDetails, &QAction::triggered, this,
+            &frmTLView::mnuViewContactDetails_Click);
+    connect(lblSupport, &ClickLabel::Click, this, [] { Form<frmTLHelpDesk>().show(); });
     connect(StatusBarBottom, &KeyedStatusBar::PanelClick, this,
             &frmTLView::StatusBarBottom_PanelClick);
     for (int i = 0; i < 2; ++i)
@@ -312,6 +313,13 @@ void frmTLView::ToolbarTop_ButtonClick(int index) {
         if (SearchVisible)
             txtName->setFocus();
         FormatFormSize();
+        break;
+    case 4:
+        Guard([&] {
+            auto& notes = Form<frmTLReadNotes>();
+            notes.Contact = root.ActiveContact();
+            notes.show();
+        });
         break;
     case 5:
         Guard([&] { Form<frmTLSettings>().show(); });

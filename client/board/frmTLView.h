@@ -158,6 +158,8 @@ public:
     void Socket_XML(long dataDirection, const QString& xTagXML);
     void StatusBarBottom_PanelClick(const QString& key);
     void mnuChat_Click();
+    void mnuLeaveNote_Click();
+    void mnuViewContactDetails_Click();
 
     // The help page beside the program.
     static QString HelpFilePath();

@@ -8,6 +8,8 @@
 #include "directory/DirectoryLoaders.h"
 #include "directory/StatusNumbers.h"
 #include "directory/TLStatusRow.h"
+#include "notes/frmTLContactDetails.h"
+#include "notes/frmTLLeaveNote.h"
 #include "shell/TLMain.h"
 #include "shell/frmTLWeb.h"
 #include "shell/modTLMain.h"
@@ -200,4 +202,20 @@ void frmTLView::mnuAdmin_Click() {
              QString::number(person.UserSys) + QStringLiteral("&r=0&visit_num=0&sentby=menu")),
         QByteArray(), QByteArray());
     Screen::SetMousePointer(Screen::vbDefault);
+}
+
+void frmTLView::mnuLeaveNote_Click() {
+    if (!ContextRow)
+        return;
+    auto& note = Form<frmTLLeaveNote>();
+    note.Contact = ContextRow->Contact();
+    note.show();
+}
+
+void frmTLView::mnuViewContactDetails_Click() {
+    if (!ContextRow)
+        return;
+    auto& card = Form<frmTLContactDetails>();
+    card.Contact = ContextRow->Contact();
+    card.show();
 }

@@ -6,6 +6,7 @@
 #include "board/frmTLView.h"
 #include "config/frmTLSettings.h"
 #include "identity/frmTLLogin.h"
+#include "notes/frmTLContactSelection.h"
 #include "platform/Desktop.h"
 #include "platform/TrayProtocol.h"
 #include "shell/TLMain.h"
@@ -14,6 +15,7 @@
 #include "shell/frmTLWeb.h"
 #include "shell/modTLMain.h"
 #include "shell/modTLMouseActivity.h"
+#include "support/frmTLAbout.h"
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -103,6 +105,8 @@ void frmTLMain::connectMenu() {
     connect(mnuPopExit, &QAction::triggered, this, &frmTLMain::mnuPopExit_Click);
     connect(mnuSendInstantMessage, &QAction::triggered, this,
             &frmTLMain::mnuSendInstantMessage_Click);
+    connect(mnuLeaveMessage, &QAction::triggered, this, &frmTLMain::mnuLeaveMessage_Click);
+    connect(mnuAboutTavlo, &QAction::triggered, this, &frmTLMain::mnuAboutTavlo_Click);
 }
 
 // The poll and the network watch run from here to the end whether anyone is signed in or not.
@@ -287,6 +291,21 @@ void frmTLMain::mnuSendInstantMessage_Click() {
     const auto& settings = TLMain().Settings();
     if (!settings.ChatConnected && settings.NetworkConnected())
         modTLMain::ChatConnect(false);
+    showContactSelection(frmTLContactSelection::kChat);
+}
+
+void frmTLMain::mnuLeaveMessage_Click() {
+    showContactSelection(frmTLContactSelection::kNote);
+}
+
+void frmTLMain::showContactSelection(int contactFunction) {
+    auto& picker = Form<frmTLContactSelection>();
+    picker.ContactFunction = contactFunction;
+    picker.show();
+}
+
+void frmTLMain::mnuAboutTavlo_Click() {
+    Form<frmTLAbout>().exec();
 }
 
 void frmTLMain::mnuSignIn_Click() {

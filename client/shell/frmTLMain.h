@@ -78,6 +78,8 @@ public:
     void mnuPopConfigure_Click();
     void mnuPopExit_Click();
     void mnuSendInstantMessage_Click();
+    void mnuLeaveMessage_Click();
+    void mnuAboutTavlo_Click();
     void mnuSignInAs_Click();
     void mnuSignOut_Click();
     void mnuSignIn_Click();
@@ -86,6 +88,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void showContactSelection(int contactFunction);
     QAction* addEntry(const char* name, const QString& caption);
     QAction* addSeparator(const char* name);
     void buildMenu();

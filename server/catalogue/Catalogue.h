@@ -6,6 +6,7 @@
 #include <QString>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <vector>
 
 class Database;
@@ -27,6 +28,19 @@ public:
 
 private:
     const std::vector<wire::Argument>& m_args;
+};
+
+// What a handler throws to turn away a well-formed statement that the caller may not make
+// (someone else's note, mail to an outside address). The gateway answers 403 and logs the
+// reason; a write in progress is rolled back with the transaction.
+class Refusal : public std::runtime_error {
+public:
+    explicit Refusal(const QString& reason)
+        : std::runtime_error(reason.toStdString()), m_reason(reason) {}
+    QString reason() const { return m_reason; }
+
+private:
+    QString m_reason;
 };
 
 // A read answers a rowset; a write answers nothing.

@@ -3,6 +3,7 @@
 #include "Catalogue.h"
 #include "Recovery.h"
 #include "RowsetFromQuery.h"
+#include "ServerSettings.h"
 #include "store/Database.h"
 
 namespace {
@@ -11,12 +12,53 @@ using S = ArgShape;
 
 const QString kRecoverySubject = QStringLiteral("Tavlo Lost Password Request");
 
+// The fields that become mail headers: to, subject, from and reply-to.
+const int kHeaderFields[] = {0, 1, 3, 4};
+
+// A line break would start a header of the caller's choosing; a NUL ends the text early.
+bool breaksHeader(const QString& field) {
+    return field.contains(QLatin1Char('\r')) || field.contains(QLatin1Char('\n')) ||
+           field.contains(QChar(0));
+}
+
+bool isPersonsAddress(Database& db, const QString& address) {
+    return db
+        .exec(QStringLiteral("SELECT 1 FROM contact WHERE LOWER(TRIM(emailaddress)) = LOWER(?)"),
+              {address})
+        .next();
+}
+
+// The gateway relays nothing to the outside: one recipient, who is either a person the server
+// knows or the configured help desk.
+std::optional<QString> recipientRefusal(Database& db, const QString& to) {
+    if (to.isEmpty())
+        return QStringLiteral("mail without a recipient");
+    if (to.contains(QLatin1Char(',')) || to.contains(QLatin1Char(';')))
+        return QStringLiteral("mail to several recipients");
+    const QString& helpDesk = ServerSettings::Current().helpDeskMail;
+    if (!helpDesk.isEmpty() && to.compare(helpDesk, Qt::CaseInsensitive) == 0)
+        return std::nullopt;
+    if (isPersonsAddress(db, to))
+        return std::nullopt;
+    return QStringLiteral("mail to an address nobody here has: ") + to.left(80);
+}
+
+void requireSendable(Database& db, const Args& a) {
+    for (int field : kHeaderFields)
+        if (breaksHeader(a.text(field)))
+            throw Refusal(QStringLiteral("mail with a line break or NUL in a header"));
+    if (const auto reason = recipientRefusal(db, a.text(0).trimmed()))
+        throw Refusal(*reason);
+}
+
 // Queues the mail; a worker delivers it. A recovery mail gets its reset link here, so the
 // link never travels through the client.
 Answer sendEmail(Database& db, const Args& a) {
+    requireSendable(db, a);
+    const QString to = a.text(0).trimmed();
     QString body = a.text(2);
     if (a.text(1) == kRecoverySubject) {
-        if (const auto link = Recovery::TakeLink(a.text(0)))
+        if (const auto link = Recovery::TakeLink(to))
             body += QStringLiteral("\r\n\r\nTo choose a new password, open this link within the "
                                    "hour (it works once):\r\n") +
                     *link + QStringLiteral("\r\n");
@@ -25,7 +67,7 @@ Answer sendEmail(Database& db, const Args& a) {
         const qint64 key = db.nextKey(QStringLiteral("outbox"), QStringLiteral("mailsys"));
         db.exec(QStringLiteral("INSERT INTO outbox (mailsys, queuedat, mailto, subject, body, "
                                "mailfrom, replyto, extra) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-                {key, Board::now(), a.value(0), a.value(1), body, a.value(3), a.value(4),
+                {key, Board::now(), to, a.value(1), body, a.value(3), a.value(4),
                  a.count() > 5 ? a.value(5) : QVariant()});
     });
     return std::nullopt;

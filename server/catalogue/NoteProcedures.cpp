@@ -24,7 +24,8 @@ Answer unreadCount(Database& db, const Args& a) {
     return RowsetFromQuery(q);
 }
 
-// The notes of a person, newest first; dates as the user reads them.
+// The notes of a person, newest first; dates as the user reads them. Private notes only when
+// the asking user (fourth argument) is that person.
 Answer contactNotes(Database& db, const Args& a) {
     QSqlQuery q =
         db.exec(QStringLiteral("SELECT n.notesys AS \"NoteSys\", n.dateentered AS \"DateEntered\", "
@@ -32,9 +33,11 @@ Answer contactNotes(Database& db, const Args& a) {
                                "a.firstname || ' ' || a.lastname AS \"EnteredByName\", "
                                "n.notetext AS \"NoteText\", n.dateread AS \"DateRead\" FROM note n "
                                "LEFT JOIN contact a ON a.contactsys = n.enteredbysys "
-                               "WHERE n.contactsys = ? AND n.deleted = 0 "
+                               "WHERE n.contactsys = ? AND n.deleted = 0 AND (n.private = 0 OR "
+                               "EXISTS (SELECT 1 FROM users u WHERE u.usersys = ? AND "
+                               "u.contactsys = n.contactsys)) "
                                "ORDER BY n.dateentered DESC, n.notesys DESC"),
-                {a.value(0)});
+                {a.value(0), a.value(3)});
     wire::Rowset rowset = RowsetFromQuery(q);
     for (size_t i = 0; i < rowset.columns.size(); ++i) {
         const QString& name = rowset.columns[i].name;
@@ -47,23 +50,36 @@ Answer contactNotes(Database& db, const Args& a) {
     return rowset;
 }
 
-// Only the person the note was left for can mark it read or delete it.
-const QString kOwnNote =
-    QStringLiteral("notesys = ? AND contactsys = (SELECT contactsys FROM users WHERE usersys = ?)");
+// A note is marked read or deleted only by its receiver, the user of the contact it was left
+// for. Anyone else is refused, and so is a note that doesn't exist, with the same reason.
+void requireReceiver(Database& db, const Args& a, int noteAt, int userAt) {
+    const bool receiver =
+        db.exec(QStringLiteral("SELECT 1 FROM note n JOIN users u ON u.contactsys = n.contactsys "
+                               "WHERE n.notesys = ? AND u.usersys = ?"),
+                {a.value(noteAt), a.value(userAt)})
+            .next();
+    if (!receiver)
+        throw Refusal(QStringLiteral("user %1 is not the receiver of note %2")
+                          .arg(a.integer(userAt))
+                          .arg(a.integer(noteAt)));
+}
 
+// tl_SetNoteRead <user>, <note>
 Answer setNoteRead(Database& db, const Args& a) {
     db.write([&] {
-        db.exec(QStringLiteral("UPDATE note SET dateread = ? WHERE dateread IS NULL AND ") +
-                    kOwnNote,
-                {Board::now(), a.value(1), a.value(0)});
+        requireReceiver(db, a, 1, 0);
+        db.exec(QStringLiteral("UPDATE note SET dateread = ? WHERE notesys = ? AND dateread IS "
+                               "NULL"),
+                {Board::now(), a.value(1)});
     });
     return std::nullopt;
 }
 
+// tl_DeleteNote <note>, <user>
 Answer deleteNote(Database& db, const Args& a) {
     db.write([&] {
-        db.exec(QStringLiteral("UPDATE note SET deleted = 1 WHERE ") + kOwnNote,
-                {a.value(0), a.value(1)});
+        requireReceiver(db, a, 0, 1);
+        db.exec(QStringLiteral("UPDATE note SET deleted = 1 WHERE notesys = ?"), {a.value(0)});
     });
     return std::nullopt;
 }

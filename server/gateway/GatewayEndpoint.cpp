@@ -40,9 +40,12 @@ void GatewayEndpoint::LogRefusal(const QString& peer, const QString& reason) {
     logLine(QStringLiteral("refused from %1: %2").arg(peer, reason));
 }
 
-GatewayEndpoint::Reply GatewayEndpoint::refuse(const QString& peer, const QString& reason) {
+GatewayEndpoint::Reply GatewayEndpoint::refuse(const QString& peer, const QString& reason,
+                                               int status) {
     LogRefusal(peer, reason);
-    return {400, "text/html; charset=utf-8", htmlPage(QStringLiteral("Statement refused"), reason)};
+    const QString title =
+        status == 403 ? QStringLiteral("Not allowed") : QStringLiteral("Statement refused");
+    return {status, "text/html; charset=utf-8", htmlPage(title, reason)};
 }
 
 GatewayEndpoint::Reply GatewayEndpoint::Handle(const QByteArray& formBody, const QString& peer) {
@@ -73,6 +76,8 @@ GatewayEndpoint::Reply GatewayEndpoint::Handle(const QByteArray& formBody, const
         if (cacheable)
             m_cache.Store(*sql, version, written);
         return {200, kRowsetType, written};
+    } catch (const Refusal& refusal) {
+        return refuse(peer, refusal.reason(), 403);
     } catch (const std::exception& e) {
         logLine(QStringLiteral("failed for %1: %2: %3")
                     .arg(peer, statement->procedure, QString::fromLocal8Bit(e.what())));

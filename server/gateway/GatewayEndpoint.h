@@ -7,7 +7,8 @@
 class Database;
 
 // What POST /XMLDemo.asp does with a body, apart from HTTP: decode the one form field, parse
-// it by the statement grammar, refuse anything the catalogue doesn't take, run the rest.
+// it by the statement grammar, refuse anything the catalogue doesn't take, run the rest; a
+// handler's Refusal answers 403.
 class GatewayEndpoint {
 public:
     struct Reply {
@@ -23,7 +24,8 @@ public:
     static void LogRefusal(const QString& peer, const QString& reason);
 
 private:
-    Reply refuse(const QString& peer, const QString& reason);
+    // A statement turned away before it runs (400), or by its handler (403).
+    Reply refuse(const QString& peer, const QString& reason, int status = 400);
     Database& m_db;
     AnswerCache m_cache;
 };

@@ -108,15 +108,18 @@ GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
         [](const httplib::Request&, httplib::Response& res, std::exception_ptr) {
             answerHtml(res, 500, QStringLiteral("<html><body><h1>Server error</h1></body></html>"));
         });
+    // Answers the library makes itself (too large, malformed); a route's own error page has a
+    // body and was logged by the route.
     http.set_error_handler([](const httplib::Request& req, httplib::Response& res) {
+        if (!res.body.empty())
+            return;
         if (res.status == 413 || res.status == 400)
             GatewayEndpoint::LogRefusal(QString::fromStdString(req.remote_addr),
                                         QStringLiteral("HTTP %1 for %2")
                                             .arg(res.status)
                                             .arg(QString::fromStdString(req.path)));
-        if (res.body.empty())
-            answerHtml(res, res.status,
-                       QStringLiteral("<html><body><h1>%1</h1></body></html>").arg(res.status));
+        answerHtml(res, res.status,
+                   QStringLiteral("<html><body><h1>%1</h1></body></html>").arg(res.status));
     });
 }
 

@@ -5,6 +5,11 @@
 
 RecordingGateway::RecordingGateway(QString serverBaseUrl) : m_server(std::move(serverBaseUrl)) {
     m_front.setHandler([this](const TestHttpServer::Request& request) {
+        if (request.method == "GET") { // pages and pictures of the web site pass through
+            const auto page = wire::getUrl(m_server + QString::fromUtf8(request.target), 10000);
+            return TestHttpServer::Answer{page.transportOk ? int(page.httpStatus) : 502,
+                                          "image/png", page.body};
+        }
         const QString sql = wire::form::field(request.body, "strSQL").value_or(QString());
         std::function<void(const QString&)> observer;
         std::function<bool(const QString&)> fails;

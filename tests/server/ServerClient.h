@@ -31,9 +31,11 @@ public:
         const auto reply = post(sql);
         return reply.transportOk && reply.httpStatus == 200 && reply.body.isEmpty();
     }
-    bool refused(const QString& sql) const {
+    // Turned away with an error page: 400 for a statement the catalogue doesn't take, 403 for
+    // one the caller may not make.
+    bool refused(const QString& sql, long status = 400) const {
         const auto reply = post(sql);
-        return reply.transportOk && reply.httpStatus == 400 && reply.body.startsWith("<html>");
+        return reply.transportOk && reply.httpStatus == status && reply.body.startsWith("<html>");
     }
 
 private:

@@ -13,7 +13,7 @@ bool TavloServerProcess::postgresRequested() {
     return qgetenv("TAVLO_TEST_ENGINE") == "postgresql";
 }
 
-TavloServerProcess::TavloServerProcess(Data data) {
+TavloServerProcess::TavloServerProcess(Data data, const QStringList& serveArguments) {
     if (postgresRequested()) {
         m_pg = std::make_unique<PgInstance>();
         if (!m_pg->available()) {
@@ -27,8 +27,10 @@ TavloServerProcess::TavloServerProcess(Data data) {
     const QString setup =
         run({data == Data::Demo ? QStringLiteral("demo") : QStringLiteral("init")});
     m_process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
-    m_process.start(executable(), {QStringLiteral("serve"), QStringLiteral("--listen"),
-                                   QStringLiteral("127.0.0.1:0"), QStringLiteral("--db"), m_dbUrl});
+    m_process.start(executable(),
+                    QStringList{QStringLiteral("serve"), QStringLiteral("--listen"),
+                                QStringLiteral("127.0.0.1:0"), QStringLiteral("--db"), m_dbUrl} +
+                        serveArguments);
     QElapsedTimer waited;
     waited.start();
     static const QRegularExpression listening(

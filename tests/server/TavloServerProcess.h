@@ -9,11 +9,11 @@ class PgInstance;
 
 // A real tavlo-server for a test: a fresh database in a temp folder (SQLite, or a private
 // PostgreSQL when TAVLO_TEST_ENGINE=postgresql), demo data if asked, serving on a free
-// loopback port, stopped with the object.
+// loopback port, stopped with the object. serveArguments are added to `serve`'s own.
 class TavloServerProcess {
 public:
     enum class Data { Empty, Demo };
-    explicit TavloServerProcess(Data data = Data::Demo);
+    explicit TavloServerProcess(Data data = Data::Demo, const QStringList& serveArguments = {});
     ~TavloServerProcess();
 
     bool started() const { return m_port > 0; }

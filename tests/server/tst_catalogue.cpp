@@ -56,10 +56,13 @@ class TestCatalogue : public QObject {
         QSqlQuery q = db->exec(sql, values);
         return q.next() ? q.value(0).toLongLong() : -1;
     }
+    qsizetype refusalsLogged() { return server->log().count(QStringLiteral("refused from")); }
 
 private slots:
     void initTestCase() {
-        server = std::make_unique<TavloServerProcess>();
+        server = std::make_unique<TavloServerProcess>(
+            TavloServerProcess::Data::Demo, QStringList{QStringLiteral("--helpdesk-mail"),
+                                                        QStringLiteral("HelpDesk@Tavlo.example")});
         if (server->mayBeSkipped())
             QSKIP(qPrintable(server->failure()));
         QVERIFY2(server->started(), qPrintable(server->failure()));
@@ -286,9 +289,6 @@ private slots:
         QCOMPARE(field(*notes, "NoteText").toString(), QStringLiteral("See me, it's urgent"));
         QCOMPARE(field(*notes, "EnteredByName").toString(), QStringLiteral("Ann Lee"));
         const qint64 note = field(*notes, "NoteSys").toLongLong();
-        QVERIFY(
-            client->write(QStringLiteral("EXEC tl_SetNoteRead 5002, %1").arg(note))); // not bob's
-        QCOMPARE(unread(), 1);
         QVERIFY(client->write(QStringLiteral("EXEC tl_SetNoteRead 5004, %1").arg(note)));
         QCOMPARE(unread(), 0);
         notes = client->read(QStringLiteral("tl_GetContactNotes 1004, NULL, NULL, 5004"));
@@ -297,6 +297,56 @@ private slots:
         QCOMPARE(client->read(QStringLiteral("tl_GetContactNotes 1004, NULL, NULL, 5004"))
                      ->RecordCount(),
                  0L);
+    }
+
+    // Only the receiver (ann, 5001) marks her notes read or deletes them; the rest is refused
+    // and changes nothing.
+    void notesActOnlyForTheirReceiver_data() {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("its author marks read") << "EXEC tl_SetNoteRead 5002, 1"
+                                               << "user 5002 is not the receiver of note 1";
+        QTest::newRow("colleague deletes") << "EXEC tl_DeleteNote 1, 5003"
+                                           << "user 5003 is not the receiver of note 1";
+        QTest::newRow("private, colleague deletes") << "EXEC tl_DeleteNote 2, 5002"
+                                                    << "user 5002 is not the receiver of note 2";
+        QTest::newRow("no such note, read") << "EXEC tl_SetNoteRead 5001, 999"
+                                            << "user 5001 is not the receiver of note 999";
+        QTest::newRow("no such note, delete") << "EXEC tl_DeleteNote 999, 5001"
+                                              << "user 5001 is not the receiver of note 999";
+        QTest::newRow("no such user") << "EXEC tl_DeleteNote 1, 9999"
+                                      << "user 9999 is not the receiver of note 1";
+    }
+    void notesActOnlyForTheirReceiver() {
+        QFETCH(QString, sql);
+        QFETCH(QString, logged);
+        const QString before = db->dump();
+        QVERIFY(client->refused(sql, 403));
+        QCOMPARE(db->dump(), before);
+        QTRY_VERIFY(server->log().contains(QStringLiteral("refused from 127.0.0.1: ") + logged));
+    }
+
+    // Ann's note 2 is private: listed for her alone.
+    void privateNotesOnlyForTheirReceiver_data() {
+        QTest::addColumn<QString>("asker");
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<bool>("listsPrivate");
+        QTest::newRow("receiver") << "5001" << 3 << true;
+        QTest::newRow("its author") << "5003" << 2 << false;
+        QTest::newRow("colleague") << "5002" << 2 << false;
+        QTest::newRow("nobody") << "NULL" << 2 << false;
+    }
+    void privateNotesOnlyForTheirReceiver() {
+        QFETCH(QString, asker);
+        QFETCH(int, rows);
+        QFETCH(bool, listsPrivate);
+        auto notes = client->read(QStringLiteral("tl_GetContactNotes 1001, NULL, NULL, ") + asker);
+        QVERIFY(notes);
+        QCOMPARE(notes->RecordCount(), long(rows));
+        bool listed = false;
+        for (; !notes->Eof(); notes->MoveNext())
+            listed |= field(*notes, "NoteSys").toInt() == 2;
+        QCOMPARE(listed, listsPrivate);
     }
 
     // The board shows a colleague on chat while the heartbeat keeps coming, and off after
@@ -331,6 +381,60 @@ private slots:
                                              "text','ann@demo.example','ann@demo.example'")));
         QVERIFY(server->run({QStringLiteral("outbox")})
                     .contains(QStringLiteral("bob@demo.example\tHello")));
+    }
+
+    // Mail goes to one of the people or to the help desk (set as HelpDesk@Tavlo.example), with
+    // no line breaks in its headers; anything else is refused and nothing is queued.
+    void sendEmail_data() {
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("subject");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<int>("status"); // 200: queued to the trimmed address
+        const QString ann = QStringLiteral("ann@demo.example");
+        const QString bob = QStringLiteral("bob@demo.example");
+        QTest::newRow("a person") << bob << "Hi" << ann << 200;
+        QTest::newRow("any case, blanks") << " Carol@Demo.EXAMPLE "
+                                          << "Hi" << ann << 200;
+        QTest::newRow("help desk") << "helpdesk@tavlo.example"
+                                   << "Hi" << ann << 200;
+        QTest::newRow("outside") << "someone@elsewhere.example"
+                                 << "Hi" << ann << 403;
+        QTest::newRow("help desk's domain") << "other@tavlo.example"
+                                            << "Hi" << ann << 403;
+        QTest::newRow("a person's home address") << "bob@home.example"
+                                                 << "Hi" << ann << 403;
+        QTest::newRow("empty") << ""
+                               << "Hi" << ann << 403;
+        QTest::newRow("two, comma") << "bob@demo.example,carol@demo.example"
+                                    << "Hi" << ann << 403;
+        QTest::newRow("two, semicolon") << "bob@demo.example; x@elsewhere.example"
+                                        << "Hi" << ann << 403;
+        QTest::newRow("CR LF in subject") << bob << "Hi\r\nBcc: x@elsewhere.example" << ann << 403;
+        QTest::newRow("LF in from") << bob << "Hi" << ann + "\nBcc: x@elsewhere.example" << 403;
+        QTest::newRow("NUL in to (grammar)") << bob + QChar(0) << "Hi" << ann << 400;
+    }
+    void sendEmail() {
+        QFETCH(QString, to);
+        QFETCH(QString, subject);
+        QFETCH(QString, from);
+        QFETCH(int, status);
+        const QString sql =
+            QStringLiteral("EXEC tl_SendEmail '%1','%2','Body','%3','%3'").arg(to, subject, from);
+        const QString count = QStringLiteral("SELECT COUNT(*) FROM outbox");
+        const qint64 queued = scalar(count);
+        if (status != 200) {
+            const qsizetype logged = refusalsLogged();
+            QVERIFY(client->refused(sql, status));
+            QTRY_COMPARE(refusalsLogged(), logged + 1);
+            QCOMPARE(scalar(count), queued);
+            return;
+        }
+        QVERIFY(client->write(sql));
+        QCOMPARE(scalar(count), queued + 1);
+        QSqlQuery last =
+            db->exec(QStringLiteral("SELECT mailto FROM outbox ORDER BY mailsys DESC"));
+        QVERIFY(last.next());
+        QCOMPARE(last.value(0).toString(), to.trimmed());
     }
 };
 

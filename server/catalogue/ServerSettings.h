@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+// What `serve` was told that the procedures need to know. Set once before the workers start
+// and only read afterwards, so it needs no lock.
+struct ServerSettings {
+    // The one address besides the people's own that mail may go to; empty when none is set.
+    QString helpDeskMail;
+
+    static const ServerSettings& Current();
+    static void Set(ServerSettings settings);
+};

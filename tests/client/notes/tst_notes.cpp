@@ -1,0 +1,340 @@
+#include "../identity/SignInFixture.h"
+#include "base/Twips.h"
+#include "board/frmTLView.h"
+#include "chat/frmTLChat.h"
+#include "directory/DirectoryLoaders.h"
+#include "notes/frmTLContactDetails.h"
+#include "notes/frmTLContactSelection.h"
+#include "notes/frmTLLeaveNote.h"
+#include "notes/frmTLReadNotes.h"
+#include "shell/frmTLMain.h"
+#include "shell/modTLMain.h"
+#include "support/frmTLAbout.h"
+#include "support/frmTLHelpDesk.h"
+#include <QFile>
+
+// Notes, leaving one, picking a colleague, the colleague's card, the help desk and the about
+// box, against a real server with the demo organisation signed in as ann (contact 1001).
+class TestNotes : public QObject {
+    Q_OBJECT
+    SignInFixture f;
+    QString shots;
+
+    void screenshot(QWidget* window, const QString& name) {
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(window->grab().save(shots + QLatin1Char('/') + name + QStringLiteral(".png")));
+    }
+    QStringList sentBy(const std::function<void()>& action) {
+        f.gateway->clear();
+        action();
+        return f.gateway->statements();
+    }
+    QString cell(SpreadGrid& grid, int row, int col) {
+        grid.Row = row;
+        grid.Col = col;
+        return grid.Text();
+    }
+    bool bold(SpreadGrid& grid, int row) {
+        grid.Row = row;
+        grid.Col = 4;
+        return grid.FontBold();
+    }
+    QVariant noteColumn(const char* column, int note) {
+        return f.query(QStringLiteral("SELECT %1 FROM note WHERE notesys = %2")
+                           .arg(QLatin1String(column))
+                           .arg(note));
+    }
+    frmTLReadNotes& openNotes() {
+        Form<frmTLView>().ToolbarButton(4)->trigger();
+        return *LoadedForm<frmTLReadNotes>();
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(f.start(), qPrintable(f.server->failure()));
+        shots = qEnvironmentVariable("TAVLO_BINARY_DIR", QDir::tempPath()) +
+                QStringLiteral("/test-screenshots");
+        QDir().mkpath(shots);
+    }
+    void init() {
+        f.reset();
+        QVERIFY(TLMain().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
+        f.boxes.clear();
+    }
+
+    // Newest first, unread bold; a click reads and marks read (again on every further click,
+    // the arrow keys too); the first column deletes after asking; the author's column answers.
+    void readingNotes() {
+        QStringList sent;
+        frmTLReadNotes* window = nullptr;
+        sent = sentBy([&] { window = &openNotes(); });
+        QCOMPARE(sent.value(0), QStringLiteral("tl_GetContactNotes 1001, NULL, NULL, 5001"));
+        auto& grid = *window->gridNotes;
+        QCOMPARE(grid.MaxRows(), 3);
+        QCOMPARE(cell(grid, 1, 4), QStringLiteral("Report filed."));
+        QCOMPARE(cell(grid, 3, 3), QStringLiteral("Bob Marsh"));
+        QCOMPARE(QList<bool>({bold(grid, 1), bold(grid, 2), bold(grid, 3)}),
+                 QList<bool>({false, true, true}));
+        QVERIFY(cell(grid, 2, 5).isEmpty());
+        window->resize(760, 420);
+        screenshot(window, QStringLiteral("read-notes"));
+
+        sent = sentBy([&] { window->gridNotes_Click(4, 2); });
+        QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_SetNoteRead 5001, 2")});
+        QCOMPARE(window->txtMessageText->toPlainText(), QStringLiteral("Lunch on Friday?"));
+        QCOMPARE(window->lblFrom->text(), QStringLiteral("Carol Nolan"));
+        QVERIFY(!bold(grid, 2) && !cell(grid, 2, 5).isEmpty());
+        QVERIFY(!noteColumn("dateread", 2).isNull());
+        QCOMPARE(sentBy([&] { window->gridNotes_Click(2, 2); }).size(), 1); // again
+
+        grid.setCurrentCell(2, 1);
+        sent = sentBy([&] { window->gridNotes_KeyUp(40); });
+        QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_SetNoteRead 5001, 1")});
+
+        f.boxes.clear();
+        SetMsgBoxHook([this](const MsgBoxCall& call) {
+            f.boxes << call;
+            return int(vb::vbNo);
+        });
+        sent = sentBy([&] { window->gridNotes_Click(1, 1); });
+        QVERIFY(!sent.join(' ').contains(QStringLiteral("tl_DeleteNote")));
+        QCOMPARE(f.boxes.value(0).title, QStringLiteral("Delete this note?"));
+        QCOMPARE(f.boxes.value(0).text,
+                 QStringLiteral("Are you sure you wish to delete this note?"));
+        QCOMPARE(grid.MaxRows(), 3);
+        SetMsgBoxHook([](const MsgBoxCall&) { return int(vb::vbYes); });
+        sent = sentBy([&] { window->gridNotes_Click(1, 1); });
+        QCOMPARE(sent.last(), QStringLiteral("EXEC tl_DeleteNote 3, 5001"));
+        QCOMPARE(grid.MaxRows(), 2);
+        QCOMPARE(noteColumn("deleted", 3).toInt(), 1);
+        QVERIFY(window->txtMessageText->toPlainText().isEmpty());
+
+        window->gridNotes_Click(3, 2); // the author's column: a reply to Bob
+        QVERIFY(IsLoaded<frmTLLeaveNote>() && LoadedForm<frmTLLeaveNote>()->isVisible());
+        QCOMPARE(LoadedForm<frmTLLeaveNote>()->lblLeaveNoteTitle->text(),
+                 QStringLiteral("Leave a Note for Bob Marsh"));
+    }
+
+    void noteCountCaption_data() {
+        QTest::addColumn<int>("unread");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("none") << 0 << "My Notes";
+        QTest::newRow("three") << 3 << "Notes (3)";
+        QTest::newRow("nine") << 9 << "Notes (9)";
+        QTest::newRow("ten drops the word") << 10 << "(10)";
+        QTest::newRow("negative") << -2 << "Notes (-2)";
+    }
+    void noteCountCaption() {
+        QFETCH(int, unread);
+        QFETCH(QString, caption);
+        TLMain().ActiveContact().NotesUnread = unread;
+        Form<frmTLView>().UpdateNoteCount();
+        QAction* button = Form<frmTLView>().ToolbarButton(4);
+        QCOMPARE(button->text(), caption);
+        QCOMPARE(button->property("ImageIndex").toInt(), unread == 0 ? 4 : 9);
+        QVERIFY(button->isEnabled());
+    }
+
+    // The note as typed, quoted and trimmed; the alert mail word for word, to the receiver.
+    void leavingANote_data() {
+        QTest::addColumn<bool>("alert");
+        QTest::addColumn<bool>("privately");
+        QTest::newRow("note alone") << false << false;
+        QTest::newRow("private, with alert") << true << true;
+    }
+    void leavingANote() {
+        QFETCH(bool, alert);
+        QFETCH(bool, privately);
+        Form<frmTLView>().ContextRow = std::make_shared<TLStatusRow>();
+        Form<frmTLView>().ContextRow->Contact().LoadContactDetails(1002);
+        Form<frmTLView>().mnuLeaveNote->trigger();
+        auto& form = *LoadedForm<frmTLLeaveNote>();
+        QCOMPARE(form.lblLeaveNoteTitle->text(), QStringLiteral("Leave a Note for Bob Marsh"));
+        form.txtNoteText->setPlainText(QStringLiteral("  Bob's lunch is in the fridge "));
+        form.chkEmailAlert->setChecked(alert);
+        form.chkMarkPrivate->setChecked(privately);
+        if (alert)
+            screenshot(&form, QStringLiteral("leave-note"));
+        const QStringList sent = sentBy([&] { form.cmdOK->click(); });
+        QCOMPARE(sent.value(0), QStringLiteral("EXEC tl_AddContactNote 1002,'Bob''s lunch is in "
+                                               "the fridge',5001,%1")
+                                    .arg(privately ? 1 : 0));
+        const QString mail =
+            "EXEC tl_SendEmail 'bob@demo.example','Ann Lee Has Sent You a Note From Tavlo','You "
+            "have received a note from: Ann Lee\r\n\r\n  Bob''s lunch is in the fridge "
+            "\r\n\r\n--------------------------\r\nPlease do not reply to this email, instead go "
+            "to www.norvane.com or log into the Tavlo Application to reply or review your "
+            "note.','notes@norvane.com','notes@norvane.com'";
+        QCOMPARE(sent.contains(mail), alert);
+        QCOMPARE(f.boxes.value(0).text, QStringLiteral("Your message has been successfully sent!"));
+        QCOMPARE(f.boxes.value(0).icon(), int(vb::vbInformation));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!IsLoaded<frmTLLeaveNote>());
+        if (alert)
+            QCOMPARE(
+                f.query("SELECT COUNT(*) FROM outbox WHERE mailto = 'bob@demo.example'").toInt(),
+                1);
+    }
+
+    // The own organisation, selected and listed at once; "All" lists nobody; the pick goes
+    // on to a note or a chat.
+    void pickingAColleague_data() {
+        QTest::addColumn<int>("function");
+        QTest::newRow("note") << frmTLContactSelection::kNote;
+        QTest::newRow("chat") << frmTLContactSelection::kChat;
+    }
+    void pickingAColleague() {
+        QFETCH(int, function);
+        auto& tray = Form<frmTLMain>();
+        const QStringList sent = sentBy([&] {
+            if (function == frmTLContactSelection::kNote)
+                tray.mnuLeaveMessage->trigger();
+            else
+                tray.mnuSendInstantMessage_Click(); // the entry is off while chat is
+            QTRY_VERIFY(LoadedForm<frmTLContactSelection>() &&
+                        LoadedForm<frmTLContactSelection>()->isActiveWindow());
+        });
+        auto& picker = *LoadedForm<frmTLContactSelection>();
+        QVERIFY(sent.contains(QStringLiteral("EXECUTE tl_GetCompanyList")));
+        QVERIFY(sent.contains(QStringLiteral("EXECUTE tl_GetContactList 1")));
+        QCOMPARE(picker.trvOrganizations->topLevelItem(0)->text(0), QStringLiteral("All"));
+        QCOMPARE(picker.trvOrganizations->topLevelItem(0)->childCount(), 1);
+        QCOMPARE(picker.trvOrganizations->currentItem()->parent(),
+                 picker.trvOrganizations->topLevelItem(0));
+        const int people = picker.lsvContactNames->count();
+        QCOMPARE(people, f.query("SELECT COUNT(*) FROM contact WHERE organizationsys = 1").toInt());
+        picker.trvOrganizations_NodeClick(picker.trvOrganizations->topLevelItem(0));
+        QCOMPARE(picker.lsvContactNames->count(), people);
+        if (function == frmTLContactSelection::kNote)
+            screenshot(&picker, QStringLiteral("contact-selection"));
+
+        const auto bob =
+            picker.lsvContactNames->findItems(QStringLiteral("Bob Marsh"), Qt::MatchExactly);
+        QCOMPARE(bob.size(), 1);
+        bob[0]->setSelected(true);
+        picker.cmdOK->click();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!IsLoaded<frmTLContactSelection>());
+        if (function == frmTLContactSelection::kNote) {
+            QCOMPARE(LoadedForm<frmTLLeaveNote>()->Contact.ContactSys, 1002);
+        } else {
+            QCOMPARE(Form<frmTLView>().chats.size(), 1);
+            QCOMPARE(Form<frmTLView>().chats[0]->windowTitle(), QStringLiteral("Chat with bob"));
+        }
+
+        // Nothing picked: the message, and the form closes all the same. (Chat switched off
+        // takes Leave Note off the menu, so the handler is called as the entry would.)
+        tray.mnuLeaveMessage_Click();
+        LoadedForm<frmTLContactSelection>()->cmdOK->click();
+        QCOMPARE(f.boxes.last().text, QStringLiteral("Sorry, you must select a contact name from "
+                                                     "the right panel to continue"));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!IsLoaded<frmTLContactSelection>());
+    }
+
+    // Home details and the extension only where the colleague allows them; the picture named by
+    // picture.html, or its text.
+    void contactCard_data() {
+        QTest::addColumn<int>("contact");
+        QTest::addColumn<bool>("home");
+        QTest::addColumn<QString>("picture");
+        QTest::newRow("home shown") << 1001 << true << "pictures/p1001.png";
+        QTest::newRow("home hidden, no picture, no city") << 1002 << false << "";
+    }
+    void contactCard() {
+        QFETCH(int, contact);
+        QFETCH(bool, home);
+        QFETCH(QString, picture);
+        f.query(QStringLiteral("UPDATE contact SET picturelocation = '%1', homecity = '' WHERE "
+                               "contactsys = %2")
+                    .arg(picture)
+                    .arg(contact));
+        QFile stale(frmTLContactDetails::PicturePagePath());
+        QVERIFY(stale.open(QIODevice::WriteOnly));
+        stale.write("left from an earlier run");
+        stale.close();
+        Form<frmTLView>().ContextRow = std::make_shared<TLStatusRow>();
+        Form<frmTLView>().ContextRow->Contact().ContactSys = contact;
+        Form<frmTLView>().mnuViewContactDetails->trigger();
+        auto& card = *LoadedForm<frmTLContactDetails>();
+        QVERIFY(card.isVisible());
+        QCOMPARE(card.lblExtension->isVisible(), home);
+        QCOMPARE(card.lblHomeAddress->isVisible(), home);
+        QCOMPARE(card.height(),
+                 home ? Twips::ToPixelsY(8205, &card)
+                      : Twips::ToPixelsY(8205, &card) - card.shpHomeInfoBox->height());
+        QCOMPARE(card.cmdClose->x(), card.width() / 2 - card.cmdClose->width() / 2);
+        QFile page(frmTLContactDetails::PicturePagePath());
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QString html = QString::fromUtf8(page.readAll());
+        if (home) {
+            QCOMPARE(card.lblHomeCity->text(), QStringLiteral(", IL 62701"));
+            QCOMPARE(html.trimmed(), QStringLiteral("<img src=\"%1/pictures/p1001.png\" HEIGHT=235 "
+                                                    "WIDTH=180>")
+                                         .arg(TLMain().Settings().WebAddress()));
+            QCOMPARE(card.webContactPicture->pixmap().size(), QSize(180, 235));
+        } else {
+            QCOMPARE(html.trimmed(), QStringLiteral("<dd>No Picture Available"));
+            QCOMPARE(card.webContactPicture->text(), QStringLiteral("No Picture Available"));
+        }
+        screenshot(&card, home ? QStringLiteral("contact-card-home")
+                               : QStringLiteral("contact-card-short"));
+        card.close();
+    }
+
+    // The first priority set prefixes the subject; the body names who asks.
+    void helpDesk_data() {
+        QTest::addColumn<int>("priority");
+        QTest::addColumn<bool>("signedIn");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("subject");
+        QTest::newRow("no priority") << -1 << true << ""
+                                     << "Tavlo Help Desk Notification";
+        QTest::newRow("bug") << 0 << true << "It's broken"
+                             << "Bug: Tavlo Help Desk Notification";
+        QTest::newRow("sales, signed out") << 5 << false << "Prices?"
+                                           << "Sales: Tavlo Help Desk Notification";
+    }
+    void helpDesk() {
+        QFETCH(int, priority);
+        QFETCH(bool, signedIn);
+        QFETCH(QString, message);
+        QFETCH(QString, subject);
+        if (!signedIn) { // nobody has signed in since the program started
+            TLMain().ActiveUser().Logout();
+            TLMain().SetActiveContact(nullptr);
+            TLMain().SetActiveOrganization(nullptr);
+        }
+        Form<frmTLView>().lblSupport->Click();
+        auto& desk = *LoadedForm<frmTLHelpDesk>();
+        if (priority >= 0)
+            desk.optPriority[size_t(priority)]->setChecked(true);
+        desk.txtMessage->setPlainText(message);
+        if (priority == 0)
+            screenshot(&desk, QStringLiteral("help-desk"));
+        const QStringList sent = sentBy([&] { desk.cmdOK->click(); });
+        const QString who = signedIn ? QStringLiteral("Ann Lee") : QString();
+        const QString body =
+            QStringLiteral("\r\n\r\nName - %1\r\nCompany - %2\r\nE-Mail Address - "
+                           "%3\r\nPhone Number - %4\r\n\r\nHas submitted a help "
+                           "desk request with the following information:\r\n\r\n")
+                .arg(TLMain().ActiveContact().FullName(),
+                     TLMain().ActiveOrganization().OrganizationName,
+                     TLMain().ActiveContact().EmailAddress, TLMain().ActiveContact().PhoneNumber) +
+            QString(message).replace('\'', "''");
+        QCOMPARE(TLMain().ActiveContact().FullName().trimmed(), who);
+        QCOMPARE(sent, QStringList{"EXEC tl_SendEmail 'support@norvane.com','" + subject + "','" +
+                                   body + "','support@norvane.com','support@norvane.com'"});
+        QVERIFY(f.boxes.isEmpty());
+    }
+
+    void aboutShowsTheVersion() {
+        auto& about = Form<frmTLAbout>();
+        QCOMPARE(about.lblVersionNumber->text(), QStringLiteral("1.0.0"));
+        about.show();
+        screenshot(&about, QStringLiteral("about"));
+    }
+};
+
+TAVLO_SIGNED_IN_TEST_MAIN(TestNotes)
+#include "tst_notes.moc"
