@@ -292,6 +292,14 @@ private slots:
                                      << "Tavlo Help Desk Notification";
         QTest::newRow("bug") << 0 << true << "It's broken"
                              << "Bug: Tavlo Help Desk Notification";
+        QTest::newRow("annoyance") << 1 << true << "x"
+                                   << "Annoyance: Tavlo Help Desk Notification";
+        QTest::newRow("question") << 2 << true << "x"
+                                  << "Question: Tavlo Help Desk Notification";
+        QTest::newRow("suggestion") << 3 << true << "x"
+                                    << "Suggestion: Tavlo Help Desk Notification";
+        QTest::newRow("comment") << 4 << true << "x"
+                                 << "Comment: Tavlo Help Desk Notification";
         QTest::newRow("sales, signed out") << 5 << false << "Prices?"
                                            << "Sales: Tavlo Help Desk Notification";
     }
