@@ -157,6 +157,10 @@ QString TLDataAccess::CheckLatestVersion() {
         ftp.strFTPUpdateFileName = DBOStr(field("FTPUpdateFileName"));
         ftp.strFTPUserName = DBOStr(field("FTPUserName"));
         ftp.strFTPPassword = DBOStr(field("FTPPassword"));
+        // A server that publishes the file's digest lets the client check what it fetched.
+        ftp.strUpdateSha256 = rs->HasField(QStringLiteral("UpdateSha256"))
+                                  ? DBOStr(field("UpdateSha256")).toLower()
+                                  : QString();
         return version;
     } catch (...) {
         modTLErrorManagement::ReportTrapped(QStringLiteral("frmTLMain:LoadLegendColors"));

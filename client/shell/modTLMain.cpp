@@ -15,6 +15,7 @@
 #include "shell/frmTLMain.h"
 #include "shell/frmTLSplash.h"
 #include "support/modTLErrorManagement.h"
+#include "update/frmTLUpdate.h"
 #include <QApplication>
 #include <QTextStream>
 #include <QWidget>
@@ -95,14 +96,30 @@ bool Main() {
 
     if (!root.DataAccess().blnErrored && root.Settings().ConnectedNorvaneServer &&
         root.Settings().NetworkConnected() && LatestVersionIsNewer()) {
-        // The update prompt itself arrives with the update work; until then say what was found.
-        QTextStream(stderr) << "Tavlo: version " << root.LatestVersionReleased
-                            << " is published; this is " << AppVersion::Text() << '\n';
+        Form<frmTLUpdate>().exec();
+        if (ProgramEnding())
+            return false;
     }
     if (!root.DataAccess().blnErrored)
         Form<frmTLLogin>().Login(false);
     BuildMenuItems();
     return true;
+}
+
+namespace {
+bool& endingFlag() {
+    static bool ending = false;
+    return ending;
+}
+} // namespace
+
+void EndProgram() {
+    endingFlag() = true;
+    QCoreApplication::exit(0);
+}
+
+bool ProgramEnding() {
+    return endingFlag();
 }
 
 KeyedCollection<TLStatusRow>& colContacts() {

@@ -51,6 +51,13 @@ void ChatConnect(bool blnNewAccount);
 void ChatDisConnect();
 void ChatDisable();
 
+// Appends a stamped line to the update log; the message becomes the line written.
+void WriteLog(QString& strMessage);
+
+// Ends the program at once: nothing more of the start-up runs and the event loop stops.
+void EndProgram();
+bool ProgramEnding();
+
 void ClearContacts();
 void ClearStatuses();
 void ClearGroups();

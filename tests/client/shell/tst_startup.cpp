@@ -1,3 +1,4 @@
+#include "../platform/FakeNetwork.h"
 #include "../platform/FreshUserFolders.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
@@ -13,6 +14,7 @@
 #include "shell/frmTLMain.h"
 #include "shell/frmTLSplash.h"
 #include "shell/modTLMain.h"
+#include "update/frmTLUpdate.h"
 #include "wire/RowsetWriter.h"
 
 #include <QApplication>
@@ -161,6 +163,17 @@ private slots:
     void versionCheckIsTheFirstRequest() {
         QFETCH(QStringList, arguments);
         CommandLine::SetArguments(arguments);
+        NetworkInterfaces::SetSource(&FakeNetwork::Wired);
+        // The offer of the newer version, declined, when there is a network.
+        QString offer;
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, [&] {
+            if (auto* prompt = qobject_cast<frmTLUpdate*>(QApplication::activeModalWidget())) {
+                offer = prompt->lblUpdate->text();
+                prompt->cmdNo->click();
+            }
+        });
+        watch.start(20);
         TestHttpServer server;
         server.setAnswer({200, "text/xml", versionRowset(AppVersion::Major() + 1, 0, 0), 0});
         storeWebAddress(server.baseUrl());
@@ -172,8 +185,13 @@ private slots:
                  QStringLiteral("%1.0.0").arg(AppVersion::Major() + 1));
         QCOMPARE(TLMain().FTP().strFTPSite, QStringLiteral("ftp.example"));
         QVERIFY(modTLMain::LatestVersionIsNewer());
-        if (!arguments.isEmpty())
-            QVERIFY(!TLMain().Settings().NetworkConnected());
+        QCOMPARE(offer, arguments.isEmpty()
+                            ? QStringLiteral("A new version of Tavlo has been released.  It is "
+                                             "recommended that you update to the latest version.  "
+                                             "If you choose not to update, all of the Tavlo "
+                                             "features may not work correctly.\r\n\rWould you "
+                                             "like to proceed with the update?")
+                            : QString());
         QVERIFY(!Form<frmTLSettings>().isVisible());
         // Without a stored sign-in the dialog waits, and the tray is already there.
         QVERIFY(LoadedForm<frmTLLogin>() && LoadedForm<frmTLLogin>()->isVisible());
