@@ -2,12 +2,15 @@
 //   tavlo-server serve [--listen HOST:PORT] [--db URL] [--smtp smtp://host:port] [--public-url URL]
 //                      [--helpdesk-mail ADDRESS]
 //   tavlo-server init|demo|outbox|anomalies [--db URL]
+//   tavlo-server release --db URL --version X.Y.Z --ftp-site HOST[:PORT] --ftp-dir DIR
+//                        --file NAME [--ftp-user U --ftp-password P] [--sha256 HEX]
 #include "catalogue/Recovery.h"
 #include "catalogue/ServerSettings.h"
 #include "gateway/GatewayServer.h"
 #include "mail/Outbox.h"
 #include "store/Database.h"
 #include "store/DemoOrganisation.h"
+#include "store/Release.h"
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
@@ -103,6 +106,44 @@ int listAnomalies(Database& db) {
     return 0;
 }
 
+std::optional<QString> valueIfSet(const QCommandLineParser& parser, const QString& name) {
+    return parser.isSet(name) ? std::optional(parser.value(name)) : std::nullopt;
+}
+
+// Names a new client release for tl_VersionCheck; bad input is refused (2) before the
+// database is opened, so nothing is written.
+int release(const QCommandLineParser& parser, const QString& dbUrl) {
+    const auto value = [&](const char* name) { return parser.value(QLatin1String(name)); };
+    const auto parsed = Releases::parse(
+        {value("version"), value("ftp-site").trimmed(), value("ftp-dir").trimmed(),
+         value("file").trimmed(), valueIfSet(parser, QStringLiteral("ftp-user")),
+         valueIfSet(parser, QStringLiteral("ftp-password")), value("sha256").trimmed()});
+    if (!parsed.release) {
+        QTextStream(stderr) << "tavlo-server release: " << parsed.error << '\n';
+        return 2;
+    }
+    Database db(dbUrl);
+    db.createSchema();
+    Releases::add(db, *parsed.release);
+    for (const QString& line : Releases::describe(*parsed.release))
+        QTextStream(stdout) << line << '\n';
+    return 0;
+}
+
+void addReleaseOptions(QCommandLineParser& parser) {
+    const auto add = [&](const char* name, const char* description, const char* valueName) {
+        parser.addOption(
+            {QLatin1String(name), QLatin1String(description), QLatin1String(valueName)});
+    };
+    add("version", "release: the client version, MAJOR.MINOR.REVISION", "x.y.z");
+    add("ftp-site", "release: the FTP server, HOST or HOST:PORT", "host");
+    add("ftp-dir", "release: the folder on the FTP server", "dir");
+    add("file", "release: the update file's name in that folder", "name");
+    add("ftp-user", "release: FTP user (anonymous when left out)", "user");
+    add("ftp-password", "release: FTP password, with --ftp-user", "password");
+    add("sha256", "release: the update file's SHA-256, 64 hex digits", "hex");
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -114,7 +155,7 @@ int main(int argc, char* argv[]) {
     parser.setApplicationDescription(QStringLiteral("The Tavlo server."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("command"),
-                                 QStringLiteral("serve, init, demo, outbox or anomalies"));
+                                 QStringLiteral("serve, init, demo, outbox, anomalies or release"));
     parser.addOption({QStringLiteral("db"),
                       QStringLiteral("sqlite:PATH or postgresql://user@host:port/db"),
                       QStringLiteral("url")});
@@ -131,16 +172,22 @@ int main(int argc, char* argv[]) {
                       QStringLiteral("the help desk's address, which mail may go to besides the "
                                      "people's own"),
                       QStringLiteral("address")});
+    addReleaseOptions(parser);
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     if (args.size() != 1) {
-        QTextStream(stderr) << "Usage: tavlo-server serve|init|demo|outbox|anomalies [--db URL]\n";
+        QTextStream(stderr)
+            << "Usage: tavlo-server serve|init|demo|outbox|anomalies|release [--db URL]\n";
         return 2;
     }
     const QString command = args.first();
     try {
-        Database db(parser.isSet(QStringLiteral("db")) ? parser.value(QStringLiteral("db"))
-                                                       : defaultDatabase());
+        const QString dbUrl = parser.isSet(QStringLiteral("db"))
+                                  ? parser.value(QStringLiteral("db"))
+                                  : defaultDatabase();
+        if (command == QStringLiteral("release"))
+            return release(parser, dbUrl);
+        Database db(dbUrl);
         if (command == QStringLiteral("init")) {
             db.createSchema();
             return 0;

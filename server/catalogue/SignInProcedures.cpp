@@ -131,7 +131,8 @@ Answer versionCheck(Database& db, const Args&) {
         "SELECT versionstring AS \"VersionString\", major AS \"VersionMajor\", minor AS "
         "\"VersionMinor\", revision AS \"VersionRevision\", ftpsite AS \"FTPSite\", ftpdirectory "
         "AS \"FTPDirectory\", ftpfile AS \"FTPUpdateFileName\", ftpuser AS \"FTPUserName\", "
-        "ftppassword AS \"FTPPassword\" FROM versioninfo ORDER BY versionsys DESC"));
+        "ftppassword AS \"FTPPassword\", updatesha256 AS \"UpdateSha256\" FROM versioninfo ORDER "
+        "BY versionsys DESC"));
     return RowsetFromQuery(q);
 }
 

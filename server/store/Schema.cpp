@@ -52,7 +52,7 @@ const Table kTables[] = {
                "body TEXT, mailfrom TEXT, replyto TEXT, extra TEXT, sentat TEXT, lasterror TEXT"},
     {"versioninfo", "versionsys INTEGER PRIMARY KEY, versionstring TEXT, major INTEGER, "
                     "minor INTEGER, revision INTEGER, ftpsite TEXT, ftpdirectory TEXT, "
-                    "ftpfile TEXT, ftpuser TEXT, ftppassword TEXT"},
+                    "ftpfile TEXT, ftpuser TEXT, ftppassword TEXT, updatesha256 TEXT"},
     {"resettoken", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, expires TEXT NOT NULL, "
                    "used INTEGER NOT NULL DEFAULT 0"},
 };
@@ -83,7 +83,9 @@ QStringList statements(bool postgres) {
 }
 
 QList<AddedColumn> addedColumns() {
-    return {{QStringLiteral("contact"), QStringLiteral("chatseenat"), QStringLiteral("TEXT")}};
+    return {
+        {QStringLiteral("contact"), QStringLiteral("chatseenat"), QStringLiteral("TEXT")},
+        {QStringLiteral("versioninfo"), QStringLiteral("updatesha256"), QStringLiteral("TEXT")}};
 }
 
 QStringList tables() {

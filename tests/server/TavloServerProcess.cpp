@@ -62,10 +62,12 @@ TavloServerProcess::~TavloServerProcess() {
     }
 }
 
-QString TavloServerProcess::run(const QStringList& arguments) {
+QString TavloServerProcess::run(const QStringList& arguments, int* exitCode) {
     QProcess command;
     command.start(executable(), arguments + QStringList{QStringLiteral("--db"), m_dbUrl});
     command.waitForFinished(30000);
+    if (exitCode)
+        *exitCode = command.exitStatus() == QProcess::NormalExit ? command.exitCode() : -1;
     return QString::fromLocal8Bit(command.readAllStandardOutput() + command.readAllStandardError());
 }
 

@@ -22,6 +22,23 @@ QVariant field(const wire::Recordset& rs, const char* name) {
     return rs.Fields(QLatin1String(name)).Value();
 }
 
+// `release` options: a good set with the given ones changed (a null value leaves one out).
+QStringList releaseOptions(const QList<std::pair<QString, QString>>& changes = {}) {
+    QList<std::pair<QString, QString>> options = {{"version", "1.2.3"},
+                                                  {"ftp-site", "127.0.0.1:2121"},
+                                                  {"ftp-dir", "/"},
+                                                  {"file", "tavlo-update-1.2.3.run"}};
+    for (const auto& change : changes) {
+        options.removeIf([&](const auto& option) { return option.first == change.first; });
+        if (!change.second.isNull())
+            options.append(change);
+    }
+    QStringList out;
+    for (const auto& [name, value] : options)
+        out << QStringLiteral("--") + name << value;
+    return out;
+}
+
 // Column sets the client reads from each kind of answer.
 const QStringList kStatusColumns = {"StatusSys", "Status", "ColorSys", "ColorCode",
                                     "StatusPictureLocation"};
@@ -192,7 +209,7 @@ private slots:
         QVERIFY(rs && !rs->Eof());
         requireColumns(*rs, {"VersionString", "VersionMajor", "VersionMinor", "VersionRevision",
                              "FTPSite", "FTPDirectory", "FTPUpdateFileName", "FTPUserName",
-                             "FTPPassword"});
+                             "FTPPassword", "UpdateSha256"});
     }
 
     void boardLists_data() {
@@ -435,6 +452,69 @@ private slots:
             db->exec(QStringLiteral("SELECT mailto FROM outbox ORDER BY mailsys DESC"));
         QVERIFY(last.next());
         QCOMPARE(last.value(0).toString(), to.trimmed());
+    }
+
+    // `release` names what tl_VersionCheck answers next; bad input is refused (exit 2, the
+    // reason on the error output) and nothing is written.
+    void release_data() {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("refusal");    // empty: accepted
+        QTest::addColumn<QStringList>("signIn"); // user, password, SHA-256 (NULL when not set)
+        const QString sha = QStringLiteral("0123456789ABCDEF").repeated(4);
+        const QString none;
+        QTest::newRow("anonymous")
+            << releaseOptions() << "" << QStringList{"anonymous", "", "NULL"};
+        QTest::newRow("user, password, sha256")
+            << releaseOptions({{"ftp-user", "update"}, {"ftp-password", "s3cret"}, {"sha256", sha}})
+            << "" << QStringList{"update", "s3cret", sha.toLower()};
+        const auto refused = [&](const char* name, QList<std::pair<QString, QString>> changes,
+                                 const char* reason) {
+            QTest::newRow(name) << releaseOptions(changes) << reason << QStringList();
+        };
+        refused("two parts", {{"version", "1.2"}}, "--version takes");
+        refused("four parts", {{"version", "1.2.3.4"}}, "--version takes");
+        refused("negative", {{"version", "1.-2.3"}}, "--version takes");
+        refused("over 32767", {{"version", "1.32768.0"}}, "--version takes");
+        refused("no version", {{"version", none}}, "--version takes");
+        refused("no site", {{"ftp-site", none}}, "--ftp-site takes");
+        refused("site as URL", {{"ftp-site", "ftp://example.org"}}, "--ftp-site takes");
+        refused("port 0", {{"ftp-site", "example.org:0"}}, "--ftp-site takes");
+        refused("IPv6 unbracketed", {{"ftp-site", "::1:2121"}}, "--ftp-site takes");
+        refused("no file", {{"file", none}}, "--file takes");
+        refused("file with folder", {{"file", "updates/x.run"}}, "--file takes");
+        refused("sha256 short", {{"sha256", sha.left(63)}}, "--sha256 takes");
+        refused("sha256 not hex", {{"sha256", sha.left(63) + 'g'}}, "--sha256 takes");
+        refused("user alone", {{"ftp-user", "update"}}, "go together");
+        refused("password alone", {{"ftp-password", "s3cret"}}, "go together");
+    }
+    void release() {
+        QFETCH(QStringList, options);
+        QFETCH(QString, refusal);
+        QFETCH(QStringList, signIn);
+        const QString before = db->dump();
+        int exitCode = -1;
+        const QString output =
+            server->run(QStringList{QStringLiteral("release")} + options, &exitCode);
+        if (!refusal.isEmpty()) {
+            QCOMPARE(exitCode, 2);
+            QVERIFY2(output.contains(refusal), qPrintable(output));
+            QCOMPARE(db->dump(), before);
+            return;
+        }
+        QVERIFY2(exitCode == 0, qPrintable(output));
+        const auto rs = client->read(QStringLiteral("EXECUTE tl_VersionCheck"));
+        QVERIFY(rs && rs->RecordCount() > 1);
+        const auto text = [&](const char* name) {
+            const QVariant value = field(*rs, name);
+            return value.isValid() ? value.toString() : QStringLiteral("NULL");
+        };
+        QCOMPARE(text("VersionString"), QStringLiteral("1.2.3"));
+        QCOMPARE(QStringList({text("VersionMajor"), text("VersionMinor"), text("VersionRevision")}),
+                 QStringList({"1", "2", "3"}));
+        QCOMPARE(QStringList({text("FTPSite"), text("FTPDirectory"), text("FTPUpdateFileName")}),
+                 QStringList({"127.0.0.1:2121", "/", "tavlo-update-1.2.3.run"}));
+        QCOMPARE(QStringList({text("FTPUserName"), text("FTPPassword"), text("UpdateSha256")}),
+                 signIn);
     }
 };
 
