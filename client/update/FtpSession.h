@@ -23,7 +23,8 @@ class FtpSession : public QObject {
     Q_OBJECT
 public:
     explicit FtpSession(QObject* parent = nullptr);
-    ~FtpSession() override; // quiet: stops a running action, no events from here on
+    // Quiet: no events from here on. Stops a running action and closes as Disconnect does.
+    ~FtpSession() override;
 
     QString Host; // "host" or "host:port" (an IPv6 address in brackets); without a port, 21
     QString User; // empty: anonymous
@@ -43,7 +44,9 @@ public:
     // Downloads into localPath, which is created or truncated at once -> Progress(bytes)…
     // then Done(), or Error. What arrived stays in the file when the download fails or stops.
     void GetFile(const QString& localPath, const QString& remoteName);
-    void Disconnect(); // stops a running action, closes the connection -> Done()
+    // Stops a running action and closes the connection -> Done(). libcurl says QUIT and waits
+    // for the answer inside this call: on a hung server, as long as the last action's Timeout.
+    void Disconnect();
 
 signals:
     void Connected(int unused);

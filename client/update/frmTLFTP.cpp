@@ -18,6 +18,19 @@ void log(const QString& text) {
     modTLMain::WriteLog(message);
 }
 
+// The listing as the update code reads it: the size third, as "perm links size owner group
+// month day time name". A server's "ls -l" line has it fifth; other lines pass unchanged.
+QString sizeThird(const QString& entry) {
+    QStringList fields = entry.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (fields.size() < 9)
+        return entry;
+    fields.move(4, 2);
+    const QString name =
+        entry.mid(entry.indexOf(fields[8], entry.indexOf(fields[7]) + fields[7].size()));
+    fields = fields.mid(0, 8);
+    return fields.join(QLatin1Char(' ')) + QLatin1Char(' ') + name;
+}
+
 } // namespace
 
 frmTLFTP::frmTLFTP() : mFtp(new FtpSession(this)) {
@@ -27,7 +40,8 @@ frmTLFTP::frmTLFTP() : mFtp(new FtpSession(this)) {
     connect(mFtp, &FtpSession::Error, this, &frmTLFTP::mFtp_Error);
     connect(mFtp, &FtpSession::Connected, this, &frmTLFTP::mFtp_Connected);
     connect(mFtp, &FtpSession::Reply, this, &frmTLFTP::mFtp_Reply);
-    connect(mFtp, &FtpSession::List, this, &frmTLFTP::mFtp_List);
+    connect(mFtp, &FtpSession::List, this,
+            [this](const QString& entry) { mFtp_List(sizeThird(entry)); });
     connect(mFtp, &FtpSession::Done, this, &frmTLFTP::mFtp_Done);
     connect(mFtp, &FtpSession::Progress, this, &frmTLFTP::mFtp_Progress);
 }

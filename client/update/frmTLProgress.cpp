@@ -30,6 +30,7 @@ void frmTLProgress::ResetTextBoxes() {
     txtPercent->clear();
     txtBytes->setText(QStringLiteral("N/A"));
     txtTransferRate->setText(QStringLiteral("N/A"));
+    Animation->setVisible(m_clip || QFileInfo::exists(ClipPath()));
     if (!m_clip && QFileInfo::exists(ClipPath())) {
         m_clip = new QMovie(ClipPath(), QByteArray(), this);
         Animation->setMovie(m_clip);

@@ -8,7 +8,8 @@
 namespace {
 
 // Binds port 0 and prints the port it got, so no other process can take it in between.
-const char* const kScript = R"(import logging, sys
+// Exits once its parent is gone, so a test that crashes leaves no server behind.
+const char* const kScript = R"(import logging, os, sys
 from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.handlers import FTPHandler, ThrottledDTPHandler
 from pyftpdlib.servers import FTPServer
@@ -24,8 +25,10 @@ if int(limit) > 0:
     ThrottledDTPHandler.write_limit = int(limit)  # what the server sends: downloads
     FTPHandler.dtp_handler = ThrottledDTPHandler
 server = FTPServer(("127.0.0.1", 0), FTPHandler)
+parent = os.getppid()
+server.ioloop.call_every(1, lambda: os.getppid() == parent or os._exit(0))
 print(server.socket.getsockname()[1], flush=True)
-server.serve_forever()
+server.serve_forever(timeout=1)
 )";
 
 // The python on PATH first; the system one too, where distribution packages live.
