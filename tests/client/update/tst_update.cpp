@@ -43,6 +43,14 @@ class TestUpdate : public QObject {
         return file.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(file.readAll()) : QString();
     }
 
+    // The update file on the server, where the release says it is.
+    static bool publish(const FtpServer& ftp) {
+        QDir().mkpath(ftp.root() + QStringLiteral("/releases"));
+        QFile published(ftp.root() + QStringLiteral("/releases/tavlo.run"));
+        return published.open(QIODevice::WriteOnly) &&
+               published.write(kUpdateScript) == kUpdateScript.size();
+    }
+
     // Points the client at the server's file as the version check would, then says Yes.
     void updateFrom(const FtpServer& ftp, const QString& password, const QString& file,
                     const QString& digest) {
@@ -122,11 +130,7 @@ private slots:
         QFETCH(QString, logged);
         FtpServer ftp(QStringLiteral("update"), QStringLiteral("secret"));
         QVERIFY2(ftp.started(), qPrintable(ftp.failure()));
-        QDir().mkpath(ftp.root() + QStringLiteral("/releases"));
-        QFile published(ftp.root() + QStringLiteral("/releases/tavlo.run"));
-        QVERIFY(published.open(QIODevice::WriteOnly));
-        published.write(kUpdateScript);
-        published.close();
+        QVERIFY(publish(ftp));
 
         updateFrom(ftp, password, file, digest);
         const bool failed =
@@ -161,11 +165,7 @@ private slots:
         QFETCH(int, reply);
         FtpServer ftp(QStringLiteral("update"), QStringLiteral("secret"), 100 * 1024);
         QVERIFY2(ftp.started(), qPrintable(ftp.failure()));
-        QDir().mkpath(ftp.root() + QStringLiteral("/releases"));
-        QFile published(ftp.root() + QStringLiteral("/releases/tavlo.run"));
-        QVERIFY(published.open(QIODevice::WriteOnly));
-        published.write(kUpdateScript);
-        published.close();
+        QVERIFY(publish(ftp));
         answer = [reply](const MsgBoxCall&) { return reply; };
         QString rateSeen;
         QString percentSeen;
