@@ -1,5 +1,7 @@
 #include "FtpServer.h"
 
+#include "LogTails.h"
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -114,11 +116,5 @@ bool FtpServer::run(const QString& python, const QStringList& arguments) {
 }
 
 QString FtpServer::output() const {
-    QString text;
-    for (const char* name : {"server.err", "server.log"}) {
-        QFile file(m_dir.filePath(QString::fromLatin1(name)));
-        if (file.open(QIODevice::ReadOnly))
-            text += QString::fromUtf8(file.readAll().right(8000));
-    }
-    return text;
+    return LogTails(m_dir.path(), {"server.err", "server.log"});
 }

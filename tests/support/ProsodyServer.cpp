@@ -1,5 +1,7 @@
 #include "ProsodyServer.h"
 
+#include "LogTails.h"
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -121,11 +123,5 @@ bool ProsodyServer::waitForPort(int timeoutMs) {
 }
 
 QString ProsodyServer::log() const {
-    QString text;
-    for (const char* name : {"prosody.out", "prosody.log"}) {
-        QFile file(m_dir.filePath(QString::fromLatin1(name)));
-        if (file.open(QIODevice::ReadOnly))
-            text += QString::fromUtf8(file.readAll().right(8000));
-    }
-    return text;
+    return LogTails(m_dir.path(), {"prosody.out", "prosody.log"});
 }
