@@ -85,6 +85,8 @@ GatewayReply postStatement(const GatewayRequest& request) {
     curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L); // safe from any thread
     if (request.timeoutMs > 0)
         curl_easy_setopt(h, CURLOPT_TIMEOUT_MS, request.timeoutMs);
+    if (request.connectTimeoutMs > 0)
+        curl_easy_setopt(h, CURLOPT_CONNECTTIMEOUT_MS, request.connectTimeoutMs);
 
     perform(h, reply, errorText);
     return reply;

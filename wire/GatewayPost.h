@@ -14,10 +14,11 @@ struct GatewayReply {
 };
 
 struct GatewayRequest {
-    QString baseUrl;    // the configured address; "/XMLDemo.asp" is appended as it stands
-    QString sql;        // the statement text
-    QString lastCached; // value of the "lastCached" header
-    long timeoutMs = 0; // 0: no limit of our own
+    QString baseUrl;           // the configured address; "/XMLDemo.asp" is appended as it stands
+    QString sql;               // the statement text
+    QString lastCached;        // value of the "lastCached" header
+    long timeoutMs = 0;        // the whole answer; 0: no limit of our own
+    long connectTimeoutMs = 0; // taking the connection; 0: libcurl's own
 };
 
 // Posts one statement the way the client does: POST baseUrl + "/XMLDemo.asp", headers

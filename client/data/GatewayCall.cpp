@@ -14,6 +14,8 @@ void GatewayCall::Send() {
     request.sql = m_sql;
     m_body = wire::gatewayBody(m_sql);
     request.lastCached = Regional::DateText(Clock::Now());
+    request.connectTimeoutMs = ConnectTimeoutMs;
+    request.timeoutMs = AnswerTimeoutMs;
     const wire::GatewayReply reply = wire::postStatement(request);
     if (!reply.transportOk)
         Raise(err::HostUnreachable, reply.transportError);

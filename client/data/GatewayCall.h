@@ -8,6 +8,11 @@
 // server can't be reached; the body and the text of the answer stay readable for reports.
 class GatewayCall {
 public:
+    // A server that doesn't take the connection within the first, or hasn't answered whole
+    // within the second, counts as unreachable: the program never waits for ever.
+    static inline int ConnectTimeoutMs = 5000;
+    static inline int AnswerTimeoutMs = 30000;
+
     explicit GatewayCall(const QString& sql);
 
     void Send();

@@ -5,6 +5,7 @@
 #include "base/Forms.h"
 #include "base/MsgBox.h"
 #include "config/frmTLSettings.h"
+#include "data/GatewayCall.h"
 #include "data/TLDataAccess.h"
 #include "shell/TLMain.h"
 #include "wire/RowsetWriter.h"
@@ -95,9 +96,24 @@ private slots:
         QVERIFY(IsLoaded<frmTLSettings>() && Form<frmTLSettings>().isVisible());
     }
 
-    void refusedConnection() {
-        server->stop();
+    // A refused connection and a server that stops answering both read as unreachable.
+    void unreachableServer_data() {
+        QTest::addColumn<bool>("stalled");
+        QTest::newRow("refused") << false;
+        QTest::newRow("no answer in time") << true;
+    }
+    void unreachableServer() {
+        QFETCH(bool, stalled);
+        if (stalled)
+            server->setAnswer({200, "text/xml", oneColumnRowset(QStringLiteral("n"), 1), 3000});
+        else
+            server->stop();
+        GatewayCall::AnswerTimeoutMs = 300;
+        QElapsedTimer waited;
+        waited.start();
         QVERIFY(!data().LoadADOFromWeb(QStringLiteral("EXECUTE tl_X")));
+        GatewayCall::AnswerTimeoutMs = 30000;
+        QVERIFY(waited.elapsed() < 2500);
         QCOMPARE(boxes.size(), 1);
         QCOMPARE(boxes[0].text, kUnreachable);
     }
