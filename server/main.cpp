@@ -20,6 +20,7 @@
 #include <QTextStream>
 #include <QThread>
 #include <csignal>
+#include <sys/resource.h>
 #include <thread>
 
 namespace {
@@ -43,6 +44,16 @@ bool isSingleAddress(const QString& address) {
     return single.match(address).hasMatch();
 }
 
+// Every client keeps a connection and every worker a database file open: take all the file
+// handles the system allows this process, not the lower default.
+void raiseFileLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 int serve(Database& db, const QString& listen, const QString& smtp, const QString& publicUrl,
           const ServerSettings& settings) {
     if (!settings.helpDeskMail.isEmpty() && !isSingleAddress(settings.helpDeskMail)) {
@@ -50,6 +61,7 @@ int serve(Database& db, const QString& listen, const QString& smtp, const QStrin
         return 2;
     }
     ServerSettings::Set(settings);
+    raiseFileLimit();
     const qsizetype colon = listen.lastIndexOf(QLatin1Char(':'));
     bool portOk = false;
     const int port = colon > 0 ? listen.mid(colon + 1).toInt(&portOk) : 0;

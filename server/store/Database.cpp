@@ -14,6 +14,23 @@ namespace {
     throw std::runtime_error((what + QStringLiteral(": ") + error.text()).toStdString());
 }
 
+// Transactions this thread has open: a statement inside one is never tried again on a fresh
+// connection, since the work before it would be lost.
+thread_local int t_openTransactions = 0;
+// Whether this thread's last failed statement failed for want of a connection.
+thread_local bool t_lastFailureWasConnection = false;
+
+// The connection itself failed (closed by the server, a restart, no file handle), as opposed
+// to a statement the database refused.
+bool connectionLost(const QSqlDatabase& db, const QSqlError& error) {
+    return !db.isOpen() || error.type() == QSqlError::ConnectionError ||
+           error.text().contains(QStringLiteral("server closed the connection"),
+                                 Qt::CaseInsensitive) ||
+           error.text().contains(QStringLiteral("no connection to the server"),
+                                 Qt::CaseInsensitive) ||
+           error.text().contains(QStringLiteral("terminating connection"), Qt::CaseInsensitive);
+}
+
 } // namespace
 
 Database::Database(const QString& url)
@@ -42,17 +59,23 @@ Database::Database(const QString& url)
 
 Database::~Database() {
     // Connections of other threads were closed when their threads ended; close this one.
-    const QString name = m_prefix + QString::number(quintptr(QThread::currentThreadId()));
-    if (QSqlDatabase::contains(name)) {
-        QSqlDatabase::database(name, false).close();
-        QSqlDatabase::removeDatabase(name);
-    }
+    dropConnection();
 }
 
+QString Database::connectionName() const {
+    return m_prefix + QString::number(quintptr(QThread::currentThreadId()));
+}
+
+// This thread's connection, opened on first use; one that failed to open or was dropped is
+// made anew, so a database that comes back is used again without a restart.
 QSqlDatabase Database::connection() {
-    const QString name = m_prefix + QString::number(quintptr(QThread::currentThreadId()));
-    if (QSqlDatabase::contains(name))
-        return QSqlDatabase::database(name, false);
+    const QString name = connectionName();
+    if (QSqlDatabase::contains(name)) {
+        QSqlDatabase existing = QSqlDatabase::database(name, false);
+        if (existing.isOpen())
+            return existing;
+    }
+    dropConnection();
     QSqlDatabase db = QSqlDatabase::addDatabase(
         m_postgres ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE"), name);
     if (m_postgres) {
@@ -65,10 +88,22 @@ QSqlDatabase Database::connection() {
         db.setDatabaseName(m_path);
         db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
     }
-    if (!db.open())
-        fail(QStringLiteral("cannot open the database"), db.lastError());
+    if (!db.open()) {
+        const QSqlError error = db.lastError();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(name);
+        fail(QStringLiteral("cannot open the database"), error);
+    }
     configure(db);
     return db;
+}
+
+void Database::dropConnection() {
+    const QString name = connectionName();
+    if (!QSqlDatabase::contains(name))
+        return;
+    QSqlDatabase::database(name, false).close();
+    QSqlDatabase::removeDatabase(name);
 }
 
 void Database::configure(QSqlDatabase& db) {
@@ -83,30 +118,57 @@ void Database::configure(QSqlDatabase& db) {
             fail(QStringLiteral("cannot configure SQLite"), query.lastError());
 }
 
+// A statement that fails because the connection broke is tried once more on a fresh one,
+// unless it is part of a transaction.
 QSqlQuery Database::exec(const QString& sql, const QVariantList& values) {
-    QSqlQuery query(connection());
+    try {
+        return execOnce(sql, values);
+    } catch (const std::runtime_error&) {
+        if (t_openTransactions > 0 || !t_lastFailureWasConnection)
+            throw;
+        dropConnection();
+        return execOnce(sql, values);
+    }
+}
+
+QSqlQuery Database::execOnce(const QString& sql, const QVariantList& values) {
+    t_lastFailureWasConnection = false;
+    QSqlDatabase db = connection();
+    QSqlQuery query(db);
+    auto failed = [&](const QString& what) {
+        t_lastFailureWasConnection = connectionLost(db, query.lastError());
+        fail(what, query.lastError());
+    };
     query.setForwardOnly(true);
     if (values.isEmpty()) {
         // Nothing to bind (PostgreSQL can't prepare schema statements anyway).
         if (!query.exec(sql))
-            fail(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)), query.lastError());
+            failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
         return query;
     }
     if (!query.prepare(sql))
-        fail(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)), query.lastError());
+        failed(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)));
     for (const QVariant& value : values)
         query.addBindValue(value);
     if (!query.exec())
-        fail(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)), query.lastError());
+        failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
     return query;
 }
 
 Database::Transaction::Transaction(Database& db) : m_connection(db.connection()) {
-    if (!m_connection.transaction())
-        fail(QStringLiteral("cannot begin a transaction"), m_connection.lastError());
+    if (!m_connection.transaction()) {
+        // A broken connection shows here first: begin once more on a fresh one.
+        m_connection = QSqlDatabase();
+        db.dropConnection();
+        m_connection = db.connection();
+        if (!m_connection.transaction())
+            fail(QStringLiteral("cannot begin a transaction"), m_connection.lastError());
+    }
+    ++t_openTransactions;
 }
 
 Database::Transaction::~Transaction() {
+    --t_openTransactions;
     if (!m_done)
         m_connection.rollback();
 }

@@ -68,6 +68,9 @@ private:
     };
 
     void configure(QSqlDatabase& db);
+    QString connectionName() const; // this thread's
+    void dropConnection();          // this thread's, so that the next use opens a fresh one
+    QSqlQuery execOnce(const QString& sql, const QVariantList& values);
 
     QString m_url;
     bool m_postgres = false;

@@ -83,6 +83,14 @@ PgInstance::~PgInstance() {
                    30000);
 }
 
+bool PgInstance::restart() {
+    return runAsOwner(m_bin + QStringLiteral("/pg_ctl"),
+                      {QStringLiteral("-D"), m_data, QStringLiteral("-m"), QStringLiteral("fast"),
+                       QStringLiteral("-w"), QStringLiteral("-l"),
+                       m_dir.filePath(QStringLiteral("log")), QStringLiteral("restart")},
+                      60000);
+}
+
 QString PgInstance::url() const {
     return QStringLiteral("postgresql://postgres@127.0.0.1:%1/tavlo").arg(m_port);
 }

@@ -15,6 +15,7 @@ public:
     bool available() const { return m_ready; }
     QString reason() const { return m_reason; }
     QString url() const; // postgresql://postgres@127.0.0.1:PORT/tavlo
+    bool restart();      // stops and starts the cluster, as an operator's restart would
 
 private:
     bool runAsOwner(const QString& program, const QStringList& arguments, int timeoutMs);

@@ -24,6 +24,7 @@ public:
     QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
     QString dbUrl() const { return m_dbUrl; }
     QString folder() const { return m_dir.path(); }
+    PgInstance* postgres() const { return m_pg.get(); } // null on SQLite
     // Runs a one-off command of the server (outbox, anomalies, ...) on the same database;
     // answers its output and, when asked, its exit code.
     QString run(const QStringList& arguments, int* exitCode = nullptr);

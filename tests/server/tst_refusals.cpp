@@ -1,3 +1,4 @@
+#include "PgInstance.h"
 #include "ServerClient.h"
 #include "TavloServerProcess.h"
 #include "store/Database.h"
@@ -70,6 +71,18 @@ private slots:
 
     void aLegalStatementStillRuns() {
         QVERIFY(client->read(QStringLiteral("EXEC tl_GetContactStatus 1001")));
+    }
+
+    // PostgreSQL restarted under a running server: the next statements open fresh connections
+    // instead of failing until the server itself is restarted.
+    void aDatabaseRestartHeals() {
+        if (!server->postgres())
+            return; // SQLite has no server of its own to restart
+        const QString read = QStringLiteral("EXEC tl_GetContactStatus 1001");
+        QVERIFY(client->read(read));
+        QVERIFY(server->postgres()->restart());
+        QTRY_VERIFY_WITH_TIMEOUT(client->read(read).has_value(), 5000);
+        QVERIFY(client->write(QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")));
     }
 };
 
