@@ -235,6 +235,17 @@ private slots:
         requireColumns(*rs, kContactColumns + kStatusColumns + kBoardExtras);
     }
 
+    // A name that another organisation has too: the search keeps to the one it names.
+    void searchKeepsToTheOrganisation() {
+        db->exec(QStringLiteral("INSERT INTO contact (contactsys, organizationsys, firstname, "
+                                "lastname) VALUES (1999, 2, 'Zed', 'Lee')"));
+        const auto rs = client->read(QStringLiteral("tl_SearchContacts 'LEE%',1,'',5001"));
+        db->exec(QStringLiteral("DELETE FROM contact WHERE contactsys = 1999"));
+        QVERIFY(rs);
+        QCOMPARE(rs->RecordCount(), 1L);
+        QCOMPARE(field(*rs, "OrganizationSys").toInt(), 1);
+    }
+
     // A status set is what the board, one person's row and the poll read back.
     void statusSetIsReadBack() {
         QVERIFY(client->write(QStringLiteral(

@@ -43,6 +43,8 @@ private slots:
         QTest::newRow("text for number") << "EXEC tl_GetContactStatus '1001'";
         QTest::newRow("number for text") << "EXEC LoginCheck 1,2";
         QTest::newRow("NULL where a number must be") << "EXEC tl_MyFriendsAdd NULL,1001";
+        QTest::newRow("one person's row without the person")
+            << "EXECUTE tl_GetUserStatuses NULL,NULL";
         QTest::newRow("sessions other table") << "INSERT INTO Users (UserSys) VALUES (1)";
         QTest::newRow("sessions, changed shape")
             << "UPDATE Sessions SET LogoutDate = NULL WHERE SessionSys = 1";

@@ -236,6 +236,16 @@ private slots:
             QVERIFY(row.at(0).toInt() != 1); // the deleted row is gone
     }
 
+    // An update whose original came without its changed row still holds the original.
+    void anOriginalWithoutItsChangeStays() {
+        const Rowset r = RowsetReader::read(
+            withData("<rs:data><rs:update><rs:original><z:row comment='was'/></rs:original>"
+                     "<rs:original><z:row comment='also'/></rs:original></rs:update></rs:data>"));
+        QCOMPARE(r.rows.size(), std::size_t(2));
+        QCOMPARE(value(r, 0, "comment").toString(), QString("was"));
+        QCOMPARE(value(r, 1, "comment").toString(), QString("also"));
+    }
+
     void namespacesMatchByUriNotPrefix() {
         const Rowset r = RowsetReader::read(sample("prefixes.xml"));
         QCOMPARE(r.columns.size(), std::size_t(2));

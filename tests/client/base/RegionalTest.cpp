@@ -56,6 +56,8 @@ private slots:
             << "01/01/00 12:00AM" << QDateTime(QDate(2000, 1, 1), QTime(0, 0));
         QTest::newRow("two digit year late")
             << "1/1/99" << QDateTime(QDate(1999, 1, 1), QTime(0, 0));
+        QTest::newRow("two digit year 29") << "1/1/29" << QDateTime(QDate(2029, 1, 1), QTime(0, 0));
+        QTest::newRow("two digit year 30") << "1/1/30" << QDateTime(QDate(1930, 1, 1), QTime(0, 0));
         QTest::newRow("unknown day")
             << "1/1/1900 3:30 PM" << QDateTime(QDate(1900, 1, 1), QTime(15, 30));
         QTest::newRow("iso") << "2024-01-01T09:13:00" << QDateTime(QDate(2024, 1, 1), QTime(9, 13));
