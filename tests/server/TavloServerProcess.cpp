@@ -1,5 +1,6 @@
 #include "TavloServerProcess.h"
 
+#include "ChildServer.h"
 #include "PgInstance.h"
 #include <QElapsedTimer>
 #include <QRegularExpression>
@@ -53,13 +54,7 @@ bool TavloServerProcess::mayBeSkipped() const {
 }
 
 TavloServerProcess::~TavloServerProcess() {
-    if (m_process.state() != QProcess::NotRunning) {
-        m_process.terminate();
-        if (!m_process.waitForFinished(5000)) {
-            m_process.kill();
-            m_process.waitForFinished(2000);
-        }
-    }
+    StopChild(m_process);
 }
 
 QString TavloServerProcess::run(const QStringList& arguments, int* exitCode) {

@@ -1,6 +1,6 @@
 #include "FtpServer.h"
 
-#include "LogTails.h"
+#include "ChildServer.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -83,13 +83,7 @@ QString FtpServer::root() const {
 }
 
 void FtpServer::stop() {
-    if (m_process.state() == QProcess::NotRunning)
-        return;
-    m_process.terminate();
-    if (!m_process.waitForFinished(5000)) {
-        m_process.kill();
-        m_process.waitForFinished(5000);
-    }
+    StopChild(m_process);
 }
 
 bool FtpServer::writeScript() {

@@ -1,6 +1,6 @@
 #include "ProsodyServer.h"
 
-#include "LogTails.h"
+#include "ChildServer.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -66,13 +66,7 @@ bool ProsodyServer::registerUser(const QString& user, const QString& password) {
 }
 
 void ProsodyServer::stop() {
-    if (m_process.state() == QProcess::NotRunning)
-        return;
-    m_process.terminate();
-    if (!m_process.waitForFinished(5000)) {
-        m_process.kill();
-        m_process.waitForFinished(5000);
-    }
+    StopChild(m_process);
 }
 
 QString ProsodyServer::configPath() const {
