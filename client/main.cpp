@@ -1,5 +1,5 @@
 #include "shell/AppVersion.h"
-#include "shell/WebEngineSetup.h"
+#include "shell/StartTrace.h"
 #include "shell/modTLMain.h"
 #include <QApplication>
 #include <cstdio>
@@ -21,9 +21,9 @@ bool printedVersion(int argc, char* argv[]) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    TraceStart("exec");
     if (printedVersion(argc, argv))
         return 0;
-    PrepareWebEngine();
     QApplication app(argc, argv);
     if (!modTLMain::Main())
         return 0;

@@ -3,29 +3,16 @@
 #include "base/ColorNumber.h"
 #include "base/Twips.h"
 #include "board/SpreadCellDelegate.h"
+#include "board/SpreadModel.h"
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QTimer>
 #include <QToolTip>
 
-namespace {
-
-Qt::Alignment alignmentOf(int align) {
-    switch (align) {
-    case SpreadGrid::kAlignRight:
-        return Qt::AlignRight | Qt::AlignVCenter;
-    case SpreadGrid::kAlignCenter:
-        return Qt::AlignCenter;
-    default:
-        return Qt::AlignLeft | Qt::AlignVCenter;
-    }
-}
-
-} // namespace
-
 SpreadGrid::SpreadGrid(QWidget* parent)
-    : QTableWidget(parent), m_cells(new SpreadCellDelegate(this)) {
+    : QTableView(parent), m_model(new SpreadModel(this)), m_cells(new SpreadCellDelegate(this)) {
+    setModel(m_model);
     setItemDelegate(m_cells);
     setShowGrid(false);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -37,133 +24,114 @@ SpreadGrid::SpreadGrid(QWidget* parent)
     m_rowData.assign(1, 0);
 }
 
+SpreadGrid::Batch::Batch(SpreadGrid& grid) : m_grid(grid) {
+    if (m_grid.m_batches++ == 0)
+        m_grid.m_model->BeginFill();
+}
+
+SpreadGrid::Batch::~Batch() {
+    if (--m_grid.m_batches == 0)
+        m_grid.endBatch();
+}
+
+void SpreadGrid::endBatch() {
+    m_model->EndFill();
+    for (int row : m_hiddenLater)
+        if (row <= m_model->ToldRows())
+            setRowHidden(row - 1, true);
+    m_hiddenLater.clear();
+}
+
+int SpreadGrid::MaxRows() const {
+    return m_model->Rows();
+}
+
+int SpreadGrid::MaxCols() const {
+    return m_model->Cols();
+}
+
 void SpreadGrid::SetMaxRows(int rows) {
     rows = std::max(rows, 0);
-    setRowCount(rows);
+    m_model->SetRows(rows);
     m_rowData.resize(static_cast<size_t>(rows) + 1, 0);
+    std::erase_if(m_hiddenLater, [rows](int row) { return row > rows; });
 }
 
 void SpreadGrid::SetMaxCols(int cols) {
-    cols = std::max(cols, 0);
-    setColumnCount(cols);
-    if (m_columns.size() < static_cast<size_t>(cols) + 1)
-        m_columns.resize(static_cast<size_t>(cols) + 1);
+    m_model->SetCols(cols);
 }
 
-SpreadGrid::ColumnDefaults& SpreadGrid::defaults(int col) {
-    if (m_columns.size() <= static_cast<size_t>(col))
-        m_columns.resize(static_cast<size_t>(col) + 1);
-    return m_columns[static_cast<size_t>(col)];
+const SpreadCell* SpreadGrid::existingCell(int row, int col) const {
+    return m_model->MadeCell(row - 1, col - 1);
 }
 
-void SpreadGrid::applyDefaults(QTableWidgetItem* item, int col) const {
-    if (static_cast<size_t>(col) >= m_columns.size())
-        return;
-    const ColumnDefaults& d = m_columns[static_cast<size_t>(col)];
-    if (d.kind == CellKind::CheckBox && !item->data(Qt::CheckStateRole).isValid())
-        item->setCheckState(Qt::Unchecked);
-    if (d.checkCenter)
-        item->setData(SpreadCellDelegate::kCheckCenterRole, true);
-    if (d.align >= 0)
-        item->setTextAlignment(alignmentOf(d.align));
-}
-
-QTableWidgetItem* SpreadGrid::cell(int row, int col) {
-    if (row < 1 || col < 1 || row > rowCount() || col > columnCount())
-        return nullptr;
-    QTableWidgetItem* existing = item(row - 1, col - 1);
-    if (existing)
-        return existing;
-    auto* created = newCell(col);
-    setItem(row - 1, col - 1, created); // the table owns it
-    return created;
-}
-
-QTableWidgetItem* SpreadGrid::newCell(int col) const {
-    auto* created = new QTableWidgetItem(); // owned by the caller until it goes into the table
-    created->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
-    applyDefaults(created, col);
-    return created;
-}
-
-const QTableWidgetItem* SpreadGrid::existingCell(int row, int col) const {
-    if (row < 1 || col < 1 || row > rowCount() || col > columnCount())
-        return nullptr;
-    return item(row - 1, col - 1);
-}
-
-// Calls apply(item, row, col) for each cell that Row and Col address: one cell, a whole
-// column (Row -1), a whole row (Col -1) or the whole sheet. Header cells aren't included.
+// Calls apply(cell) for each cell that Row and Col address: one cell, a whole column (Row -1),
+// a whole row (Col -1) or the whole sheet, making the cells that weren't. Header cells aren't
+// included.
 template <class F> void SpreadGrid::forEachAddressed(F&& apply) {
-    // One new cell is written before it goes into the table: one insertion, no change signal.
-    if (Row >= 1 && Col >= 1 && Row <= rowCount() && Col <= columnCount() &&
-        !item(Row - 1, Col - 1)) {
-        auto* created = newCell(Col);
-        apply(created, Row, Col);
-        setItem(Row - 1, Col - 1, created); // the table owns it
-        return;
-    }
     const int firstRow = Row == -1 ? 1 : Row;
-    const int lastRow = Row == -1 ? rowCount() : Row;
+    const int lastRow = Row == -1 ? MaxRows() : Row;
     const int firstCol = Col == -1 ? 1 : Col;
-    const int lastCol = Col == -1 ? columnCount() : Col;
+    const int lastCol = Col == -1 ? MaxCols() : Col;
     for (int r = firstRow; r <= lastRow; ++r)
         for (int c = firstCol; c <= lastCol; ++c)
-            if (QTableWidgetItem* it = cell(r, c))
-                apply(it, r, c);
+            if (SpreadCell* cell = m_model->Cell(r - 1, c - 1)) {
+                apply(*cell);
+                m_model->CellChanged(r - 1, c - 1);
+            }
 }
 
 QString SpreadGrid::Text() const {
-    if (Row == 0 && Col >= 1 && Col <= columnCount()) {
-        const QTableWidgetItem* header = horizontalHeaderItem(Col - 1);
-        return header ? header->text() : QString();
-    }
-    const QTableWidgetItem* it = existingCell(Row, Col);
-    return it ? it->text() : QString();
+    if (Row == 0 && Col >= 1 && Col <= MaxCols())
+        return m_model->HeaderText(Col - 1);
+    const SpreadCell* cell = existingCell(Row, Col);
+    return cell ? cell->text : QString();
 }
 
 void SpreadGrid::SetText(const QString& text) {
     if (Row == 0) {
-        if (Col >= 1 && Col <= columnCount())
-            setHorizontalHeaderItem(Col - 1, new QTableWidgetItem(text));
+        m_model->SetHeaderText(Col - 1, text);
         return;
     }
     if (Col == 0) {
-        if (Row >= 1 && Row <= rowCount())
-            setVerticalHeaderItem(Row - 1, new QTableWidgetItem(text));
+        m_model->SetRowHeaderText(Row - 1, text);
         return;
     }
-    forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setText(text); });
+    forEachAddressed([&](SpreadCell& cell) { cell.text = text; });
 }
 
 int SpreadGrid::Value() const {
-    const QTableWidgetItem* it = existingCell(Row, Col);
-    if (!it)
-        return 0;
-    return it->data(Qt::CheckStateRole).toInt() == Qt::Checked ? 1 : 0;
+    const SpreadCell* cell = existingCell(Row, Col);
+    return cell && cell->check == Qt::Checked ? 1 : 0;
 }
 
 void SpreadGrid::SetValue(int value) {
-    forEachAddressed([&](QTableWidgetItem* it, int, int) {
-        it->setCheckState(value == 1 ? Qt::Checked : Qt::Unchecked);
+    forEachAddressed([&](SpreadCell& cell) {
+        cell.check = static_cast<std::int8_t>(value == 1 ? Qt::Checked : Qt::Unchecked);
     });
 }
 
 void SpreadGrid::SetBackColor(std::int32_t colorNumber) {
-    const QColor color = ColorFromNumber(colorNumber);
-    forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setBackground(color); });
+    const QRgb color = ColorFromNumber(colorNumber).rgb();
+    forEachAddressed([&](SpreadCell& cell) {
+        cell.back = color;
+        cell.hasBack = true;
+    });
 }
 
 void SpreadGrid::SetForeColor(std::int32_t colorNumber) {
-    const QColor color = ColorFromNumber(colorNumber);
-    forEachAddressed([&](QTableWidgetItem* it, int, int) { it->setForeground(color); });
+    const QRgb color = ColorFromNumber(colorNumber).rgb();
+    forEachAddressed([&](SpreadCell& cell) {
+        cell.fore = color;
+        cell.hasFore = true;
+    });
 }
 
 template <class F> void SpreadGrid::changeFont(F&& change) {
-    forEachAddressed([&](QTableWidgetItem* it, int, int) {
-        QFont font = it->font();
+    forEachAddressed([&](SpreadCell& cell) {
+        QFont font = m_model->FontAt(cell.font);
         change(font);
-        it->setFont(font);
+        cell.font = m_model->FontIndex(font);
     });
 }
 
@@ -184,13 +152,13 @@ void SpreadGrid::SetFontUnderline(bool underline) {
 }
 
 bool SpreadGrid::FontBold() const {
-    const QTableWidgetItem* it = existingCell(Row, Col);
-    return it && it->font().bold();
+    const SpreadCell* cell = existingCell(Row, Col);
+    return cell && m_model->FontAt(cell->font).bold();
 }
 
 bool SpreadGrid::FontUnderline() const {
-    const QTableWidgetItem* it = existingCell(Row, Col);
-    return it && it->font().underline();
+    const SpreadCell* cell = existingCell(Row, Col);
+    return cell && m_model->FontAt(cell->font).underline();
 }
 
 void SpreadGrid::SetOperationMode(int mode) {
@@ -203,31 +171,27 @@ void SpreadGrid::SetOperationMode(int mode) {
 void SpreadGrid::SetLock(bool) {}
 
 void SpreadGrid::SetCellType(CellKind kind) {
+    const bool checkBox = kind == CellKind::CheckBox;
     if (Row == -1 && Col >= 1)
-        defaults(Col).kind = kind;
-    forEachAddressed([&](QTableWidgetItem* it, int, int) {
-        if (kind == CellKind::CheckBox) {
-            if (!it->data(Qt::CheckStateRole).isValid())
-                it->setCheckState(Qt::Unchecked);
-        } else {
-            it->setData(Qt::CheckStateRole, QVariant());
-        }
+        m_model->Defaults(Col - 1).checkBox = checkBox;
+    forEachAddressed([&](SpreadCell& cell) {
+        if (!checkBox)
+            cell.check = -1;
+        else if (cell.check < 0)
+            cell.check = Qt::Unchecked;
     });
 }
 
 void SpreadGrid::SetTypeCheckCenter(bool center) {
     if (Row == -1 && Col >= 1)
-        defaults(Col).checkCenter = center;
-    forEachAddressed([&](QTableWidgetItem* it, int, int) {
-        it->setData(SpreadCellDelegate::kCheckCenterRole, center);
-    });
+        m_model->Defaults(Col - 1).checkCenter = center;
+    forEachAddressed([&](SpreadCell& cell) { cell.checkCenter = center; });
 }
 
 void SpreadGrid::SetTypeHAlign(int align) {
     if (Row == -1 && Col >= 1)
-        defaults(Col).align = align;
-    forEachAddressed(
-        [&](QTableWidgetItem* it, int, int) { it->setTextAlignment(alignmentOf(align)); });
+        m_model->Defaults(Col - 1).align = align;
+    forEachAddressed([&](SpreadCell& cell) { cell.align = static_cast<std::int8_t>(align); });
 }
 
 void SpreadGrid::SetColHidden(bool hidden) {
@@ -236,7 +200,7 @@ void SpreadGrid::SetColHidden(bool hidden) {
         return;
     }
     const int first = Col == -1 ? 1 : Col;
-    const int last = Col == -1 ? columnCount() : std::min(Col, columnCount());
+    const int last = Col == -1 ? MaxCols() : std::min(Col, MaxCols());
     for (int c = first; c <= last; ++c)
         if (isColumnHidden(c - 1) != hidden)
             setColumnHidden(c - 1, hidden);
@@ -248,21 +212,28 @@ void SpreadGrid::SetRowHidden(bool hidden) {
         return;
     }
     const int first = Row == -1 ? 1 : Row;
-    const int last = Row == -1 ? rowCount() : std::min(Row, rowCount());
-    for (int r = first; r <= last; ++r)
+    const int last = Row == -1 ? MaxRows() : std::min(Row, MaxRows());
+    const int told = m_model->ToldRows();
+    for (int r = first; r <= std::min(last, told); ++r)
         if (isRowHidden(r - 1) != hidden)
             setRowHidden(r - 1, hidden);
+    // Rows the view doesn't have yet take the flag at the end of the batch.
+    for (int r = std::max(first, told + 1); r <= last; ++r) {
+        std::erase(m_hiddenLater, r);
+        if (hidden)
+            m_hiddenLater.push_back(r);
+    }
 }
 
 void SpreadGrid::SetColWidth(int col, int twips) {
-    if (col < 1 || col > columnCount())
+    if (col < 1 || col > MaxCols())
         return;
     // A negative request, from a window narrower than the fixed columns, leaves no room.
     setColumnWidth(col - 1, std::max(0, Twips::ToPixelsX(twips, this)));
 }
 
 int SpreadGrid::ColWidth(int col) const {
-    if (col < 1 || col > columnCount())
+    if (col < 1 || col > MaxCols())
         return 0;
     return Twips::FromPixelsX(columnWidth(col - 1), this);
 }
@@ -327,13 +298,16 @@ void SpreadGrid::GetCellFromScreenCoord(int& col, int& row, int x, int y) const 
 
 void SpreadGrid::DeleteRows() {
     const int first = std::max(Row, 1);
-    const int last = std::min(std::max(Row2, Row), rowCount());
-    for (int r = last; r >= first; --r) {
-        removeRow(r - 1);
-        insertRow(rowCount());
-        m_rowData.erase(m_rowData.begin() + r);
-        m_rowData.push_back(0);
-    }
+    const int last = std::min(std::max(Row2, Row), MaxRows());
+    if (first > last)
+        return;
+    m_model->DeleteRows(first - 1, last - 1);
+    m_rowData.erase(m_rowData.begin() + first, m_rowData.begin() + last + 1);
+    m_rowData.resize(m_rowData.size() + static_cast<size_t>(last - first + 1), 0);
+}
+
+void SpreadGrid::setCurrentCell(int row, int col) {
+    setCurrentIndex(m_model->index(row, col));
 }
 
 bool SpreadGrid::viewportEvent(QEvent* event) {
@@ -345,11 +319,11 @@ bool SpreadGrid::viewportEvent(QEvent* event) {
             QToolTip::showText(help->globalPos(), m_toolTipText, this);
         return true;
     }
-    return QTableWidget::viewportEvent(event);
+    return QTableView::viewportEvent(event);
 }
 
 void SpreadGrid::mouseDoubleClickEvent(QMouseEvent* event) {
-    QTableWidget::mouseDoubleClickEvent(event);
+    QTableView::mouseDoubleClickEvent(event);
     if (event->button() != Qt::LeftButton)
         return;
     const QPoint at = cellAt(viewport()->mapTo(this, event->position().toPoint()));
@@ -357,7 +331,7 @@ void SpreadGrid::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void SpreadGrid::keyReleaseEvent(QKeyEvent* event) {
-    QTableWidget::keyReleaseEvent(event);
+    QTableView::keyReleaseEvent(event);
     // The key codes of the program: 38 up, 40 down, the others as Qt names them.
     const int code = event->key() == Qt::Key_Up     ? 38
                      : event->key() == Qt::Key_Down ? 40
@@ -367,7 +341,7 @@ void SpreadGrid::keyReleaseEvent(QKeyEvent* event) {
 
 void SpreadGrid::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::RightButton) {
-        QTableWidget::mousePressEvent(event);
+        QTableView::mousePressEvent(event);
         if (event->button() == Qt::LeftButton) {
             const QPoint at = cellAt(viewport()->mapTo(this, event->position().toPoint()));
             emit Click(at.x(), at.y());
@@ -380,7 +354,7 @@ void SpreadGrid::mousePressEvent(QMouseEvent* event) {
 }
 
 void SpreadGrid::mouseMoveEvent(QMouseEvent* event) {
-    QTableWidget::mouseMoveEvent(event);
+    QTableView::mouseMoveEvent(event);
     const QPoint pos = viewport()->mapTo(this, event->position().toPoint());
     emit SpreadMouseMove(event->buttons().toInt(), event->modifiers().toInt(), pos.x(), pos.y());
 }

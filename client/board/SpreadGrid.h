@@ -1,18 +1,21 @@
 #pragma once
 
 #include <QString>
-#include <QTableWidget>
+#include <QTableView>
 #include <cstdint>
 #include <vector>
 
 class SpreadCellDelegate;
+class SpreadModel;
+struct SpreadCell;
 
 // A sheet addressed the way the board's code speaks of it: Row and Col name a cell, row 0 is
 // the column header and column 0 the row header, and -1 in Row or Col means the whole column or
 // row. Data rows and columns count from 1. Each row carries one number (row item data), and the
 // whole grid has one tool tip text. Cells aren't edited in place; a check box cell shows its
-// Value and changes only when the program writes it.
-class SpreadGrid : public QTableWidget {
+// Value and changes only when the program writes it. The cells live in a SpreadModel of plain
+// values; a fill (a Batch) adds its rows to the view in one go.
+class SpreadGrid : public QTableView {
     Q_OBJECT
 public:
     enum class CellKind { Text, CheckBox };
@@ -22,14 +25,27 @@ public:
 
     explicit SpreadGrid(QWidget* parent = nullptr);
 
+    // While one lives, rows added reach the view only at its end, in one change: a load of
+    // thousands of rows costs the view one insertion.
+    class Batch {
+    public:
+        explicit Batch(SpreadGrid& grid);
+        ~Batch();
+        Batch(const Batch&) = delete;
+        Batch& operator=(const Batch&) = delete;
+
+    private:
+        SpreadGrid& m_grid;
+    };
+
     int Row = 0;
     int Col = 0;
     int Row2 = 0; // last row of a block, for deleting rows
 
-    int MaxRows() const { return rowCount(); }
+    int MaxRows() const;
     // 0 drops every row with its content and row data; growing adds empty rows at the end.
     void SetMaxRows(int rows);
-    int MaxCols() const { return columnCount(); }
+    int MaxCols() const;
     void SetMaxCols(int cols);
 
     QString Text() const;
@@ -83,6 +99,9 @@ public:
     // 2 selects whole rows; other modes select cells.
     void SetOperationMode(int mode);
     int ActiveRow() const { return currentRow() + 1; }
+    // The current cell, 0-based as Qt counts (-1: none).
+    int currentRow() const { return currentIndex().row(); }
+    void setCurrentCell(int row, int col);
 
     QString ToolTipText() const { return m_toolTipText; }
     void SetToolTipText(const QString& text) { m_toolTipText = text; }
@@ -104,22 +123,16 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
 
 private:
-    struct ColumnDefaults {
-        CellKind kind = CellKind::Text;
-        bool checkCenter = false;
-        int align = -1; // none set
-    };
     template <class F> void forEachAddressed(F&& apply);
     template <class F> void changeFont(F&& change);
-    QTableWidgetItem* cell(int row, int col);
-    QTableWidgetItem* newCell(int col) const;
-    const QTableWidgetItem* existingCell(int row, int col) const;
-    void applyDefaults(QTableWidgetItem* item, int col) const;
-    ColumnDefaults& defaults(int col);
+    const SpreadCell* existingCell(int row, int col) const;
     QPoint cellAt(const QPoint& widgetPos) const;
+    void endBatch();
 
+    SpreadModel* m_model;
     std::vector<std::int32_t> m_rowData; // index = row, 0 unused
-    std::vector<ColumnDefaults> m_columns;
+    std::vector<int> m_hiddenLater;      // rows to hide once the batch shows them
+    int m_batches = 0;
     QString m_toolTipText;
     int m_colsFrozen = 0;
     bool m_showHoriz = true;

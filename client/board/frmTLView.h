@@ -183,7 +183,7 @@ private:
     void layoutMiniView();
     void toggleFriend(TLStatusRow& person, int row);
     void openStatusDialog(const std::shared_ptr<TLStatusRow>& row);
-    void signInToWebAdministration();
+    bool signInToWebAdministration();
     void searchCompanies(const QString& organization);
 
     QWidget* m_central = nullptr;

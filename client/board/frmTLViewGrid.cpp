@@ -5,6 +5,7 @@
 #include "base/Twips.h"
 #include "board/frmTLView.h"
 #include "directory/TLStatusRow.h"
+#include "shell/StartTrace.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
 #include "support/modTLErrorManagement.h"
@@ -172,6 +173,8 @@ void frmTLView::LoadGrid(std::int32_t lngUserSys, std::int32_t lngGroupSys,
                          std::int32_t lngOrganizationSys, std::int32_t lngContactSys,
                          const QString& strSentSQL) {
     try {
+        // The rows reach the view in one change, when the load ends (or fails).
+        SpreadGrid::Batch batch(*gridStatus);
         auto& root = TLMain();
         auto& data = root.DataAccess();
         lngRefreshTimerSeconds = 0;
@@ -207,6 +210,7 @@ void frmTLView::LoadGrid(std::int32_t lngUserSys, std::int32_t lngGroupSys,
             layoutMiniView();
         gridStatus->SetReDraw(false);
         Screen::SetMousePointer(Screen::vbDefault);
+        TraceStart("board");
     } catch (...) {
         const Trapped failure = CurrentError();
         if (failure.number == err::DuplicateKey)

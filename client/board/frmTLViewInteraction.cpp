@@ -11,7 +11,7 @@
 #include "notes/frmTLContactDetails.h"
 #include "notes/frmTLLeaveNote.h"
 #include "shell/TLMain.h"
-#include "shell/frmTLWeb.h"
+#include "shell/WebWindow.h"
 #include "shell/modTLMain.h"
 #include "status/frmTLStatus.h"
 
@@ -174,18 +174,24 @@ void frmTLView::mnuAddMyFriends_Click() {
 }
 
 // Signs in to the web site in the program's web window, so the administration page that
-// follows opens in the same session.
-void frmTLView::signInToWebAdministration() {
+// follows opens in the same session. False when the web window cannot be opened (the user has
+// been told).
+bool frmTLView::signInToWebAdministration() {
+    auto& web = WebWindow::Instance();
     Screen::SetMousePointer(Screen::vbHourglass);
-    auto& web = Form<frmTLWeb>();
-    web.PostSignIn(TLMain().Settings().WebAddress());
+    if (!web.PostSignIn(TLMain().Settings().WebAddress())) {
+        Screen::SetMousePointer(Screen::vbDefault);
+        return false;
+    }
     web.WaitForLoad(kSignInWaitMs);
-    web.show();
+    web.Show();
+    return true;
 }
 
 void frmTLView::lblAdmin_Click() {
-    signInToWebAdministration();
-    Form<frmTLWeb>().Navigate(
+    if (!signInToWebAdministration())
+        return;
+    WebWindow::Instance().Navigate(
         QUrl(TLMain().Settings().WebAddress() + QStringLiteral("/Administrator.asp")), QByteArray(),
         QByteArray());
     Screen::SetMousePointer(Screen::vbDefault);
@@ -194,9 +200,10 @@ void frmTLView::lblAdmin_Click() {
 void frmTLView::mnuAdmin_Click() {
     if (!ContextRow)
         return;
-    signInToWebAdministration();
+    if (!signInToWebAdministration())
+        return;
     const TLContact& person = ContextRow->Contact();
-    Form<frmTLWeb>().Navigate(
+    WebWindow::Instance().Navigate(
         QUrl(TLMain().Settings().WebAddress() + QStringLiteral("/Administrator.asp?p=") +
              QString::number(person.ContactSys) + QStringLiteral("&v=") +
              QString::number(person.UserSys) + QStringLiteral("&r=0&visit_num=0&sentby=menu")),

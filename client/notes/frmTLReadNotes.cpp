@@ -100,6 +100,7 @@ void frmTLReadNotes::LoadNotes() {
                             QString::number(Contact.ContactSys) + QStringLiteral(", NULL, NULL, ") +
                             QString::number(Contact.UserSys);
         ClearNotesCollection();
+        SpreadGrid::Batch batch(*gridNotes);
         gridNotes->SetMaxRows(0);
         const auto rs = TLMain().DataAccess().LoadADOFromWeb(sql);
         int row = 0;

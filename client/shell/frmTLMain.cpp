@@ -9,10 +9,11 @@
 #include "notes/frmTLContactSelection.h"
 #include "platform/Desktop.h"
 #include "platform/TrayProtocol.h"
+#include "shell/StartTrace.h"
 #include "shell/TLMain.h"
 #include "shell/TrayPictures.h"
+#include "shell/WebWindow.h"
 #include "shell/frmTLSplash.h"
-#include "shell/frmTLWeb.h"
 #include "shell/modTLMain.h"
 #include "shell/modTLMouseActivity.h"
 #include "support/frmTLAbout.h"
@@ -134,6 +135,7 @@ void frmTLMain::Form_Load() {
     hide();
     ChangeSystemTray(QStringLiteral("Tavlo"), TrayPictures::Icon(1));
     trayIcon->show();
+    TraceStart("tray");
 }
 
 void frmTLMain::Form_Unload() {
@@ -234,9 +236,9 @@ void frmTLMain::ShowApplicationView(int view) {
 
 void frmTLMain::ShowWebBrowser() {
     setWindowState(Qt::WindowMaximized);
-    auto& web = Form<frmTLWeb>();
-    web.show();
-    web.PostSignIn(TLMain().Settings().WebAddress());
+    auto& web = WebWindow::Instance();
+    if (web.Show())
+        web.PostSignIn(TLMain().Settings().WebAddress());
 }
 
 bool ShellResultIsSuccess(int result, const QString& target) {

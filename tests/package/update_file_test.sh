@@ -47,8 +47,9 @@ check "installed client prints tavlo $version" \
   [ "$("$work/app/tavlo" --version 2>&1)" = "tavlo $version" ]
 check "installed client keeps its mode" [ "$(stat -c %a "$work/app/tavlo")" = 750 ]
 check "help page installed" cmp -s "$help_page" "$work/app/help/Tavlo.html"
+check "web window program installed" [ -x "$work/app/tavlo-web" ]
 check "no temporary files left" [ "$(cd "$work/app" && find . | sort | tr '\n' ' ')" = \
-  ". ./help ./help/Tavlo.html ./tavlo " ]
+  ". ./help ./help/Tavlo.html ./tavlo ./tavlo-web " ]
 
 # A folder without a client is refused with a message, and nothing is written there.
 mkdir "$work/empty"

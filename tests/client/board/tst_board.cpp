@@ -8,6 +8,7 @@
 #include "shell/modTLMain.h"
 #include "status/frmTLStatus.h"
 #include <QApplication>
+#include <QBrush>
 #include <QHeaderView>
 
 // The board against a real server with the demo organisation, driven by control name.
@@ -62,6 +63,19 @@ class TestBoard : public QObject {
         return grid().Value();
     }
 
+    // What the view is shown of a cell (from 1, as the board counts).
+    QVariant cellData(int row, int col, int role) {
+        return grid().model()->data(grid().model()->index(row - 1, col - 1), role);
+    }
+
+    // The view shows what the sheet holds: as many rows, each name where the sheet has it.
+    void viewShowsTheSheet() {
+        QCOMPARE(grid().model()->rowCount(), grid().MaxRows());
+        const int name = TLSpreadColumns().ContactName();
+        for (int r = 1; r <= grid().MaxRows(); ++r)
+            QCOMPARE(cellData(r, name, Qt::DisplayRole).toString(), cellText(r, name));
+    }
+
     int organisationPeople() {
         return f.query("SELECT COUNT(*) FROM contact WHERE organizationsys = 1").toInt();
     }
@@ -104,7 +118,7 @@ private slots:
         const TLSpreadColumns columns;
         const QStringList headers = {"My", "Name", "Ext", "Status", "Returning", "Time", "Comment"};
         for (int c = 1; c <= 7; ++c)
-            QCOMPARE(grid().horizontalHeaderItem(c - 1)->text(), headers[c - 1]);
+            QCOMPARE(grid().model()->headerData(c - 1, Qt::Horizontal).toString(), headers[c - 1]);
         QVERIFY(!grid().horizontalHeader()->isHidden());
         QVERIFY(grid().verticalHeader()->isHidden());
         int r = 0;
@@ -120,7 +134,7 @@ private slots:
                      person.Contact().LastNameFirstName() + star);
             QCOMPARE(cellText(r, columns.Ext()), person.Contact().Extension);
             QCOMPARE(cellText(r, columns.Status()), person.Status().StatusText);
-            QCOMPARE(grid().item(r - 1, columns.Status() - 1)->background().color(),
+            QCOMPARE(cellData(r, columns.Status(), Qt::BackgroundRole).value<QBrush>().color(),
                      QColor(QLatin1Char('#') + person.Status().ColorCode));
             QCOMPARE(cellValue(r, columns.MyContactCheck()), person.MyContact ? 1 : 0);
             if (person.Status().StatusSys == 3) {
@@ -133,7 +147,7 @@ private slots:
         QCOMPARE(cellValue(standardRowOf(1002), 1), 1);
         QCOMPARE(cellValue(standardRowOf(1004), 1), 0);
         // From the second row on the name column is centred.
-        QCOMPARE(grid().item(0, 1)->textAlignment(), int(Qt::AlignCenter));
+        QCOMPARE(cellData(1, 2, Qt::TextAlignmentRole).toInt(), int(Qt::AlignCenter));
         QVERIFY(grid().columnWidth(6) > 0); // the comment takes the rest
         screenshot(&board(), QStringLiteral("board-standard"));
     }
@@ -197,18 +211,21 @@ private slots:
         QCOMPARE(TLMain().ActiveGroup().GroupSys, 1);
         const long sales = modTLMain::colContacts().Count();
         QVERIFY(sales > 0 && sales < organisationPeople());
+        viewShowsTheSheet(); // fewer rows than the load before
 
         sent = sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("MyFriends")); });
         QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_GetMyFriendsList 5001,1")});
         QCOMPARE(board().ActiveScreen, 1);
         QCOMPARE(TLMain().ActiveGroup().GroupSys, 1); // the friends list keeps the group
         QCOMPARE(grid().MaxRows(), 4);
+        viewShowsTheSheet();
 
         sent = sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("AllKey")); });
         QCOMPARE(sent,
                  QStringList{QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")});
         QCOMPARE(board().ActiveScreen, 0);
         QCOMPARE(TLMain().ActiveGroup().GroupSys, 0); // the failed look-up dropped the group
+        viewShowsTheSheet();
     }
 
     void friendBoxAddsAndRemoves() {
@@ -232,13 +249,15 @@ private slots:
         QCOMPARE(rowsWhenRemoved, 4); // the row went before the server was asked
         QCOMPARE(grid().MaxRows(), 4);
         QCOMPARE(standardRowOf(1004), 0);
+        viewShowsTheSheet(); // the rows below moved up
     }
 
     void friendByMenuSendsTheUserNumber() {
         board().ContextRow = modTLMain::colContacts()[QStringLiteral("1005")];
         const QStringList sent = sentBy([&] { board().mnuAddMyFriends->trigger(); });
         QCOMPARE(sent, QStringList{QStringLiteral("EXECUTE tl_MyFriendsAdd 5001,5005")});
-        QCOMPARE(grid().item(standardRowOf(1005) - 1, 0)->checkState(), Qt::Unchecked); // no reload
+        QCOMPARE(cellData(standardRowOf(1005), 1, Qt::CheckStateRole).toInt(),
+                 int(Qt::Unchecked)); // no reload
         f.query(QStringLiteral("DELETE FROM friend WHERE usersys = 5001 AND contactsys = 1005"));
     }
 

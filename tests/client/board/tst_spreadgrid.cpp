@@ -1,6 +1,7 @@
 #include "board/ContactKeyTable.h"
 #include "board/SpreadGrid.h"
 #include "board/frmTLView.h"
+#include <QAbstractItemModelTester>
 #include <QHeaderView>
 #include <QtTest>
 
@@ -8,6 +9,10 @@
 // whole row or column, one number carried per row.
 class TestSpreadGrid : public QObject {
     Q_OBJECT
+
+    static QVariant shown(const SpreadGrid& grid, int row, int col, int role) {
+        return grid.model()->data(grid.model()->index(row, col), role);
+    }
 
     static void sheet(SpreadGrid& grid, int rows, int cols) {
         grid.resize(600, 300);
@@ -22,12 +27,12 @@ private slots:
         grid.Row = 0;
         grid.Col = 2;
         grid.SetText(QStringLiteral("Name"));
-        QCOMPARE(grid.horizontalHeaderItem(1)->text(), QStringLiteral("Name"));
+        QCOMPARE(grid.model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Name"));
         QCOMPARE(grid.Text(), QStringLiteral("Name"));
         grid.Row = 3;
         grid.Col = 4;
         grid.SetText(QStringLiteral("corner"));
-        QCOMPARE(grid.item(2, 3)->text(), QStringLiteral("corner"));
+        QCOMPARE(shown(grid, 2, 3, Qt::DisplayRole).toString(), QStringLiteral("corner"));
         // Outside the sheet nothing is written and nothing grows.
         grid.Row = 4;
         grid.SetText(QStringLiteral("lost"));
@@ -46,19 +51,20 @@ private slots:
         grid.Row = 5;
         grid.SetValue(1);
         QCOMPARE(grid.Value(), 1);
-        QCOMPARE(grid.item(4, 0)->textAlignment(), int(Qt::AlignCenter));
+        QCOMPARE(shown(grid, 4, 0, Qt::TextAlignmentRole).toInt(), int(Qt::AlignCenter));
         grid.Row = 4; // made by the whole-column write, never written itself
         grid.SetText(QString());
-        QCOMPARE(grid.item(3, 0)->checkState(), Qt::Unchecked);
+        QCOMPARE(shown(grid, 3, 0, Qt::CheckStateRole).toInt(), int(Qt::Unchecked));
         // A check box changes only when the program writes it.
-        QVERIFY(!(grid.item(4, 0)->flags() & Qt::ItemIsUserCheckable));
-        QVERIFY(!(grid.item(4, 0)->flags() & Qt::ItemIsEditable));
+        QVERIFY(!(grid.model()->flags(grid.model()->index(4, 0)) & Qt::ItemIsUserCheckable));
+        QVERIFY(!(grid.model()->flags(grid.model()->index(4, 0)) & Qt::ItemIsEditable));
         // A whole row: every column of it.
         grid.Row = 2;
         grid.Col = -1;
         grid.SetBackColor(0x0000C0); // red in the low byte
         for (int c = 0; c < 3; ++c)
-            QCOMPARE(grid.item(1, c)->background().color(), QColor(0xC0, 0, 0));
+            QCOMPARE(shown(grid, 1, c, Qt::BackgroundRole).value<QBrush>().color(),
+                     QColor(0xC0, 0, 0));
     }
 
     void headersHideByRowAndColumnZero() {
@@ -97,12 +103,12 @@ private slots:
         grid.DeleteRows();
         QCOMPARE(grid.MaxRows(), 4); // the size stays; the caller lowers it
         QCOMPARE(grid.GetRowItemData(2), 1004);
-        QCOMPARE(grid.item(1, 0)->text(), QStringLiteral("4"));
+        QCOMPARE(shown(grid, 1, 0, Qt::DisplayRole).toString(), QStringLiteral("4"));
         QCOMPARE(grid.GetRowItemData(3), 0);
         grid.SetMaxRows(0);
         grid.SetMaxRows(2);
         QCOMPARE(grid.GetRowItemData(1), 0);
-        QCOMPARE(grid.item(0, 0), nullptr);
+        QVERIFY(!shown(grid, 0, 0, Qt::DisplayRole).isValid());
         QCOMPARE(grid.GetRowItemData(99), 0);
     }
 
@@ -143,6 +149,46 @@ private slots:
         QTest::mousePress(grid.viewport(), Qt::RightButton, {}, cell.center());
         QCOMPARE(rights.size(), 1);
         QCOMPARE(rights[0].mid(0, 3), (QList<QVariant>{1, 3, 2}));
+    }
+
+    // A load in a batch: the view meets the rows only at its end, in one insertion, and a
+    // reload shows only its own rows, with nothing left of the load before.
+    void batchedLoadsReplaceTheRows_data() {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("after");
+        QTest::newRow("fewer") << 5 << 2;
+        QTest::newRow("more") << 2 << 5;
+        QTest::newRow("none") << 3 << 0;
+    }
+    void batchedLoadsReplaceTheRows() {
+        QFETCH(int, before);
+        QFETCH(int, after);
+        SpreadGrid grid;
+        QAbstractItemModelTester tester(grid.model(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        sheet(grid, 0, 2);
+        auto load = [&grid](int rows, const QString& tag) {
+            SpreadGrid::Batch batch(grid);
+            grid.SetMaxRows(0);
+            for (int r = 1; r <= rows; ++r) {
+                grid.SetMaxRows(r);
+                grid.Row = r;
+                grid.Col = 2;
+                grid.SetText(tag + QString::number(r));
+                grid.SetRowHidden(r == 2);
+            }
+            QCOMPARE(grid.model()->rowCount(), 0);
+        };
+        load(before, QStringLiteral("old"));
+        QSignalSpy inserted(grid.model(), &QAbstractItemModel::rowsInserted);
+        load(after, QStringLiteral("new"));
+        QCOMPARE(inserted.size(), after > 0 ? 1 : 0);
+        QCOMPARE(grid.model()->rowCount(), after);
+        for (int r = 0; r < after; ++r) {
+            QCOMPARE(shown(grid, r, 1, Qt::DisplayRole).toString(), "new" + QString::number(r + 1));
+            QVERIFY(!shown(grid, r, 0, Qt::DisplayRole).isValid());
+            QCOMPARE(grid.isRowHidden(r), r == 1);
+        }
     }
 
     void keyTableReadsEmptyOutside() {

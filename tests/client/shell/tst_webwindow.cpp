@@ -1,21 +1,43 @@
 #include "../platform/FreshUserFolders.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
+#include "base/MsgBox.h"
 #include "board/frmTLView.h"
 #include "config/frmTLSettings.h"
 #include "directory/TLStatusRow.h"
 #include "shell/TLMain.h"
-#include "shell/WebEngineSetup.h"
+#include "shell/WebWindow.h"
 #include "shell/frmTLMain.h"
-#include "shell/frmTLWeb.h"
 #include <QApplication>
 #include <QtTest>
 
 // The web window opens the site already signed in: one POST with the program's credentials.
+// The window is tavlo-web, a program of its own that the tray starts and feeds.
 class TestWebWindow : public QObject {
     Q_OBJECT
+    const QString program = qEnvironmentVariable("TAVLO_BINARY_DIR") + "/client/tavlo-web";
 
 private slots:
+    void initTestCase() { WebWindow::SetProgram(program); }
+
+    // Without tavlo-web each action tells the user once, and the rest goes on.
+    void missingProgramIsTold() {
+        QStringList told;
+        SetMsgBoxHook([&told](const MsgBoxCall& call) {
+            told << call.text;
+            return int(vb::vbOK);
+        });
+        WebWindow::SetProgram(program + QStringLiteral("-missing"));
+        Form<frmTLMain>().ShowWebBrowser();
+        Form<frmTLView>().lblAdmin_Click();
+        SetMsgBoxHook({});
+        WebWindow::SetProgram(program);
+        QCOMPARE(told.size(), 2);
+        QVERIFY(told[0].contains(QStringLiteral("tavlo-web-missing")));
+        QVERIFY(!WebWindow::Instance().IsRunning());
+        Unload<frmTLView>();
+    }
+
     void postsTheCredentials() {
         TestHttpServer site;
         site.setAnswer({200, "text/html", "<html><body>signed in</body></html>", 0});
@@ -23,10 +45,8 @@ private slots:
         TLMain().Settings().SetWebAddress(site.baseUrl());
 
         Form<frmTLMain>().ShowWebBrowser();
-        auto& web = Form<frmTLWeb>();
-        QVERIFY(web.isVisible());
-        QCOMPARE(web.windowTitle(),
-                 QStringLiteral("Tavlo - The Internet Electronic In / Out Board"));
+        auto& web = WebWindow::Instance();
+        QVERIFY(web.IsRunning());
         QTRY_VERIFY_WITH_TIMEOUT(!site.requests().isEmpty(), 20000);
         const auto request = site.requests().first();
         QCOMPARE(request.method, QByteArray("POST"));
@@ -34,7 +54,10 @@ private slots:
         // Signed out the pair is empty; the text goes as it stands, not encoded.
         QCOMPARE(request.body, QByteArray("UserName=&Password="));
         QCOMPARE(request.header("content-type"), QByteArray("application/x-www-form-urlencoded"));
-        QTRY_VERIFY_WITH_TIMEOUT(web.isMaximized(), 5000);
+        // tavlo-web reports its window up and maximized, under the program's title.
+        QTRY_COMPARE_WITH_TIMEOUT(web.ShownTitle(),
+                                  QStringLiteral("Tavlo - The Internet Electronic In / Out Board"),
+                                  5000);
     }
 
     // Both administration links sign in first and wait for that page, then open theirs in the
@@ -59,6 +82,7 @@ private slots:
         QCOMPARE(pages()[0].path, QByteArray("/logincheck.asp"));
         QCOMPARE(pages()[1].method, QByteArray("GET"));
         QCOMPARE(pages()[1].target, QByteArray("/Administrator.asp"));
+        const qint64 window = WebWindow::Instance().ProcessId();
 
         auto person = std::make_shared<TLStatusRow>();
         person->Contact().ContactSys = 1002;
@@ -69,14 +93,15 @@ private slots:
         QCOMPARE(pages()[2].path, QByteArray("/logincheck.asp"));
         QCOMPARE(pages()[3].target,
                  QByteArray("/Administrator.asp?p=1002&v=5002&r=0&visit_num=0&sentby=menu"));
-        QVERIFY(Form<frmTLWeb>().isVisible());
+        // The second link went to the same window.
+        QVERIFY(WebWindow::Instance().IsRunning());
+        QCOMPARE(WebWindow::Instance().ProcessId(), window);
         Unload<frmTLView>();
     }
 };
 
 int main(int argc, char** argv) {
     FreshUserFolders folders;
-    PrepareWebEngine();
     QApplication app(argc, argv);
     TestWebWindow test;
     return QTest::qExec(&test, argc, argv);

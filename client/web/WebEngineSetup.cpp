@@ -1,4 +1,4 @@
-#include "shell/WebEngineSetup.h"
+#include "web/WebEngineSetup.h"
 
 #include <QCoreApplication>
 #include <QtGlobal>
