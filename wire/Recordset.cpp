@@ -42,6 +42,15 @@ Recordset::Recordset(Rowset rowset) : m_rowset(std::move(rowset)), m_open(true) 
 }
 
 int Recordset::columnIndex(const QString& name) const {
+    // A name written as a literal in the program keeps one address for the program's life, so
+    // its column is found by that address without hashing the text: a record fill asks for
+    // the same dozen literal names on every record.
+    if (!name.data_ptr().isMutable())
+        return literalColumn(name);
+    return columnByText(name);
+}
+
+int Recordset::columnByText(const QString& name) const {
     // Callers mostly spell a column as the server does; only a miss pays for lower-casing.
     if (const auto it = m_exact.constFind(name); it != m_exact.cend())
         return it.value();
@@ -50,6 +59,15 @@ int Recordset::columnIndex(const QString& name) const {
     const int column = it == m_index.cend() ? -1 : it.value();
     m_exact.insert(name, column);
     return column;
+}
+
+int Recordset::literalColumn(const QString& name) const {
+    const QChar* text = name.constData();
+    const auto address = quintptr(text);
+    LiteralSlot& slot = m_literals[((address >> 1) ^ (address >> 9)) % m_literals.size()];
+    if (slot.text != text || slot.size != name.size())
+        slot = {text, name.size(), columnByText(name)};
+    return slot.column;
 }
 
 Field Recordset::Fields(const QString& name) const {

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QString>
 #include <QVariant>
+#include <array>
 
 namespace wire {
 
@@ -47,7 +48,15 @@ public:
 
 private:
     int columnIndex(const QString& name) const; // -1 when absent
+    int literalColumn(const QString& name) const;
+    int columnByText(const QString& name) const;
+    struct LiteralSlot {
+        const QChar* text = nullptr;
+        qsizetype size = 0;
+        int column = -1;
+    };
     Rowset m_rowset;
+    mutable std::array<LiteralSlot, 128> m_literals{}; // by the address of a literal name
     mutable QHash<QString, int> m_exact; // name as asked for -> column, or -1 when absent
     QHash<QString, int> m_index;         // lower-cased name -> column
     long m_position = 0;
