@@ -50,11 +50,20 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+// The Cookie header of a session of ann's (contact 1001, user 5001), who the statements act as.
+QString signInAnn(GatewayEndpoint& endpoint) {
+    const auto reply = endpoint.Handle(
+        wire::gatewayBody(QStringLiteral("EXEC LoginCheck 'ann','demo'")), QStringLiteral("bench"));
+    if (reply.setCookie.isEmpty())
+        qFatal("the bench could not sign in");
+    return QString::fromLatin1(reply.setCookie.left(reply.setCookie.indexOf(';')));
+}
+
 // Server time of one statement through the gateway's endpoint, in milliseconds.
-double timed(GatewayEndpoint& endpoint, const QByteArray& body) {
+double timed(GatewayEndpoint& endpoint, const QByteArray& body, const QString& cookie) {
     QElapsedTimer timer;
     timer.start();
-    const auto reply = endpoint.Handle(body, QStringLiteral("bench"));
+    const auto reply = endpoint.Handle(body, QStringLiteral("bench"), cookie);
     const double ms = timer.nsecsElapsed() / 1e6;
     if (reply.status != 200 || reply.body.isEmpty())
         qFatal("the board read failed");
@@ -63,23 +72,28 @@ double timed(GatewayEndpoint& endpoint, const QByteArray& body) {
 
 void boardRead(Database& db) {
     GatewayEndpoint endpoint(db);
+    const QString cookie = signInAnn(endpoint);
     const QByteArray board =
         wire::gatewayBody(QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL"));
     const QByteArray change = wire::gatewayBody(QStringLiteral("EXEC tl_UpdateChatStatus 1001, 1"));
     std::vector<double> cold, warm;
     for (int i = 0; i < 15; ++i) {
-        endpoint.Handle(change, QStringLiteral("bench")); // a write: the next read is fresh
-        cold.push_back(timed(endpoint, board));
-        warm.push_back(timed(endpoint, board));
+        endpoint.Handle(change, QStringLiteral("bench"), cookie); // the next read is fresh
+        cold.push_back(timed(endpoint, board, cookie));
+        warm.push_back(timed(endpoint, board, cookie));
     }
     // Where the time of a fresh read goes.
     const auto statement = wire::StatementParser::parse(
         QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL"));
     std::vector<double> running, writing;
+    Caller ann;
+    ann.userSys = 5001;
+    ann.contactSys = 1001;
+    ann.organizationSys = 1;
     for (int i = 0; i < 9; ++i) {
         QElapsedTimer timer;
         timer.start();
-        const Answer answer = Catalogue::instance().run(db, *statement);
+        const Answer answer = Catalogue::instance().run(db, *statement, ann);
         running.push_back(timer.nsecsElapsed() / 1e6);
         timer.restart();
         const QByteArray bytes = wire::RowsetWriter::write(*answer);
@@ -107,8 +121,9 @@ double wrkRate(const QString& url, const QString& script, int seconds) {
     return match.captured(1).toDouble();
 }
 
-// Random people of the organisation: their status, their unread notes, their chat state.
-QString writePollScript(const QString& folder) {
+// The poll of one signed-in person (ann): random colleagues' status, her unread notes, her
+// chat state.
+QString writePollScript(const QString& folder, const QString& cookie) {
     const QString path = folder + QStringLiteral("/poll.lua");
     QString lua = QStringLiteral(R"(
 math.randomseed(7)
@@ -117,17 +132,20 @@ local forms = {"EXEC%20tl%5FGetContactStatus%20", "EXEC%20tl%5FGetContactNotesUn
 wrk.method = "POST"
 wrk.headers["Content-Type"] = "application/x-www-form-urlencoded"
 wrk.headers["lastCached"] = "11/18/2026 9:05:07 AM"
+wrk.headers["Cookie"] = "COOKIE"
 local n = 0
 request = function()
   n = n + 1
-  local who = FIRST + math.random(0, SPAN)
   local kind = (n % 3) + 1
+  local who = 1001
+  if kind == 1 then who = FIRST + math.random(0, SPAN) end
   local body = "strSQL=" .. forms[kind] .. who
   if kind == 3 then body = body .. "%2C%201" end
   return wrk.format(nil, "/XMLDemo.asp", nil, body)
 end
 )");
     lua.replace(QStringLiteral("FIRST"), QString::number(kFirstExtra));
+    lua.replace(QStringLiteral("COOKIE"), cookie);
     lua.replace(QStringLiteral("SPAN"), QString::number(kPeople - 41));
     QFile file(path);
     file.open(QIODevice::WriteOnly);
@@ -155,7 +173,16 @@ void pollMix(const QString& dbUrl, const QString& folder) {
     const int barePort = bare.bind_to_any_port("127.0.0.1");
     std::thread bareThread([&] { bare.listen_after_bind(); });
 
-    const QString script = writePollScript(folder);
+    httplib::Client signIn("127.0.0.1", port.captured(1).toInt());
+    const auto answer =
+        signIn.Post("/XMLDemo.asp",
+                    wire::gatewayBody(QStringLiteral("EXEC LoginCheck 'ann','demo'")).toStdString(),
+                    "application/x-www-form-urlencoded");
+    if (!answer || !answer->has_header("Set-Cookie"))
+        qFatal("the bench could not sign in");
+    const std::string setCookie = answer->get_header_value("Set-Cookie");
+    const QString script =
+        writePollScript(folder, QString::fromStdString(setCookie.substr(0, setCookie.find(';'))));
     const double gateway = wrkRate(
         QStringLiteral("http://127.0.0.1:%1/XMLDemo.asp").arg(port.captured(1)), script, 10);
     const double plain =

@@ -1,9 +1,10 @@
 // tavlo-server: the server behind the client's gateway.
 //   tavlo-server serve [--listen HOST:PORT] [--db URL] [--smtp smtp://host:port] [--public-url URL]
-//                      [--helpdesk-mail ADDRESS]
+//                      [--helpdesk-mail ADDRESS] [--mail-from ADDRESS]
 //   tavlo-server init|demo|outbox|anomalies [--db URL]
 //   tavlo-server release --db URL --version X.Y.Z --ftp-site HOST[:PORT] --ftp-dir DIR
 //                        --file NAME [--ftp-user U --ftp-password P] [--sha256 HEX]
+#include "catalogue/LogText.h"
 #include "catalogue/Recovery.h"
 #include "catalogue/ServerSettings.h"
 #include "gateway/GatewayServer.h"
@@ -11,6 +12,7 @@
 #include "store/Database.h"
 #include "store/DemoOrganisation.h"
 #include "store/Release.h"
+#include "store/Retention.h"
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
@@ -54,10 +56,28 @@ void raiseFileLimit() {
     }
 }
 
+// Drops what is kept no longer (old reports and mail, spent links, lapsed sessions).
+void sweep(Database& db) {
+    try {
+        const Retention::Swept swept = Retention::Sweep(db);
+        LogLine(QStringLiteral("swept %1 error reports, %2 mails, %3 reset links, %4 sessions")
+                    .arg(swept.anomalies)
+                    .arg(swept.mails)
+                    .arg(swept.resetTokens)
+                    .arg(swept.sessions));
+    } catch (const std::exception& e) {
+        LogLine(QStringLiteral("sweep failed: ") + QString::fromLocal8Bit(e.what()));
+    }
+}
+
 int serve(Database& db, const QString& listen, const QString& smtp, const QString& publicUrl,
           const ServerSettings& settings) {
     if (!settings.helpDeskMail.isEmpty() && !isSingleAddress(settings.helpDeskMail)) {
         QTextStream(stderr) << "--helpdesk-mail takes one address, as in help@example.org\n";
+        return 2;
+    }
+    if (!isSingleAddress(settings.mailFrom)) {
+        QTextStream(stderr) << "--mail-from takes one address, as in tavlo@example.org\n";
         return 2;
     }
     ServerSettings::Set(settings);
@@ -90,15 +110,24 @@ int serve(Database& db, const QString& listen, const QString& smtp, const QStrin
         mailer = std::thread([&] {
             Database mailDb(db.url());
             while (running) {
-                Outbox::DeliverWaiting(mailDb, smtp);
+                Outbox::DeliverWaiting(mailDb, smtp, settings.mailFrom);
                 for (int i = 0; i < 50 && running; ++i)
                     QThread::msleep(100);
             }
         });
+    std::thread sweeper([&] {
+        Database sweepDb(db.url());
+        while (running) {
+            sweep(sweepDb);
+            for (int i = 0; i < 24 * 36000 && running; ++i) // a day, in tenths of a second
+                QThread::msleep(100);
+        }
+    });
     server.Run();
     running = false;
     if (mailer.joinable())
         mailer.join();
+    sweeper.join();
     g_server = nullptr;
     return 0;
 }
@@ -184,6 +213,9 @@ int main(int argc, char* argv[]) {
                       QStringLiteral("the help desk's address, which mail may go to besides the "
                                      "people's own"),
                       QStringLiteral("address")});
+    parser.addOption({QStringLiteral("mail-from"),
+                      QStringLiteral("the address every mail goes out from"),
+                      QStringLiteral("address"), QStringLiteral("tavlo@localhost")});
     addReleaseOptions(parser);
     parser.process(app);
     const QStringList args = parser.positionalArguments();
@@ -214,7 +246,10 @@ int main(int argc, char* argv[]) {
             return serve(db, parser.value(QStringLiteral("listen")),
                          parser.value(QStringLiteral("smtp")),
                          parser.value(QStringLiteral("public-url")),
-                         {parser.value(QStringLiteral("helpdesk-mail")).trimmed()});
+                         {parser.value(QStringLiteral("helpdesk-mail")).trimmed(),
+                          parser.value(QStringLiteral("mail-from")).trimmed(),
+                          parser.value(QStringLiteral("public-url"))
+                              .startsWith(QStringLiteral("https:"), Qt::CaseInsensitive)});
         if (command == QStringLiteral("outbox")) {
             for (const QString& line : Outbox::List(db))
                 QTextStream(stdout) << line << '\n';

@@ -1,5 +1,6 @@
 #include "GatewayPost.h"
 
+#include "CookieJar.h"
 #include "Cp1252.h"
 #include "FormEncoding.h"
 #include <curl/curl.h>
@@ -82,7 +83,10 @@ GatewayReply postStatement(const GatewayRequest& request) {
     curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, appendBody);
     curl_easy_setopt(h, CURLOPT_WRITEDATA, &reply.body);
     curl_easy_setopt(h, CURLOPT_ERRORBUFFER, errorText);
-    curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L); // safe from any thread
+    curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);   // safe from any thread
+    curl_easy_setopt(h, CURLOPT_COOKIEFILE, ""); // cookies on, kept in memory only
+    curl_easy_setopt(h, CURLOPT_SHARE,
+                     (request.cookies ? request.cookies : &CookieJar::process())->share());
     if (request.timeoutMs > 0)
         curl_easy_setopt(h, CURLOPT_TIMEOUT_MS, request.timeoutMs);
     if (request.connectTimeoutMs > 0)

@@ -29,7 +29,8 @@ struct Statement {
 // Parses statement text by the gateway's grammar:
 //   [EXEC|EXECUTE] name [arg {, arg}]      arg := [-]digits | NULL | 'text' ('' inside) | getdate()
 //   INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, LoginDate, ComputerName,
-//                         IPAddress, UserSys) VALUES (int, int, 'text', getdate(), 'text', 'text', int)
+//                         IPAddress, UserSys) VALUES (int, int, 'text', getdate(), 'text', 'text',
+//                         int)
 //   UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = int
 // Keywords match without regard to case; blanks, tabs and line breaks separate tokens.
 // Anything else (comments, semicolons, a second statement, unbalanced quotes, numbers out of

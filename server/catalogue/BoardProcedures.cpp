@@ -49,6 +49,11 @@ Answer getUserStatuses(Database& db, const Args& a) {
     return Board::people(db, user.isNull() ? 0 : user.toLongLong(), where, values);
 }
 
+// Searches and lists without an organisation stay inside the caller's own.
+qint64 ownOrganization(const Args& a) {
+    return a.caller().organizationSys;
+}
+
 Answer getMyFriendsList(Database& db, const Args& a) {
     return Board::people(db, a.integer(0),
                          QStringLiteral("c.contactsys IN (SELECT contactsys FROM friend WHERE "
@@ -56,19 +61,22 @@ Answer getMyFriendsList(Database& db, const Args& a) {
                          {a.value(0)});
 }
 
-// Everyone of every organisation that is enabled.
+// The company list: the people of the caller's organisation.
 Answer getCompanyPeople(Database& db, const Args& a) {
-    return Board::people(db, a.integer(0), QStringLiteral("1 = 1"), {});
+    return Board::people(db, a.integer(0), QStringLiteral("c.organizationsys = ?"),
+                         {ownOrganization(a)});
 }
 
-// With a user: the people of every organisation. Without: the organisations themselves.
+// With a user: the people. Without: the organisation itself, the only one the caller sees.
 Answer getCompanyList(Database& db, const Args& a) {
     if (a.count() == 1)
         return getCompanyPeople(db, a);
-    QSqlQuery q = db.exec(QStringLiteral(
-        "SELECT organizationsys AS \"OrganizationSys\", name AS \"Name\", description AS "
-        "\"Description\", address1 AS \"Address1\" FROM organization WHERE disabled = 0 "
-        "ORDER BY name, organizationsys"));
+    QSqlQuery q = db.exec(
+        QStringLiteral(
+            "SELECT organizationsys AS \"OrganizationSys\", name AS \"Name\", description AS "
+            "\"Description\", address1 AS \"Address1\" FROM organization WHERE disabled = 0 "
+            "AND organizationsys = ? ORDER BY name, organizationsys"),
+        {ownOrganization(a)});
     return RowsetFromQuery(q);
 }
 
@@ -81,10 +89,8 @@ Answer searchContacts(Database& db, const Args& a) {
                                 "LOWER(?))");
         values << a.text(0) << a.text(0) << a.text(0);
     }
-    if (!a.isNull(1) && a.integer(1) != 0) {
-        where += QStringLiteral(" AND c.organizationsys = ?");
-        values << a.value(1);
-    }
+    where += QStringLiteral(" AND c.organizationsys = ?");
+    values << ownOrganization(a);
     if (!a.isNull(2) && !a.text(2).isEmpty()) {
         where += QStringLiteral(" AND c.ext LIKE ?");
         values << a.text(2);
@@ -166,25 +172,39 @@ Answer updateChatStatus(Database& db, const Args& a) {
 
 void registerBoardProcedures() {
     auto& c = Catalogue::instance();
+    using R = Role;
     c.add(QStringLiteral("tl_GetUserStatuses"),
           {{S::IntOrNull, S::IntOrNull, S::IntOrNull, S::IntOrNull, S::IntOrNull},
            {S::IntOrNull, S::IntOrNull, S::IntOrNull, S::IntOrNull},
            {S::IntOrNull, S::Int}},
-          getUserStatuses);
-    c.add(QStringLiteral("tl_GetMyFriendsList"), {{S::Int, S::IntOrNull}}, getMyFriendsList);
+          getUserStatuses,
+          {false, {R::OwnGroup, R::Colleague, R::OwnOrganization, R::SelfUser, R::OwnLocation}});
+    c.add(QStringLiteral("tl_GetMyFriendsList"), {{S::Int, S::IntOrNull}}, getMyFriendsList,
+          {false, {R::SelfUser, R::OwnOrganization}});
     c.add(QStringLiteral("tl_SearchContacts"),
-          {{S::TextOrNull, S::IntOrNull, S::TextOrNull, S::IntOrNull}}, searchContacts);
-    c.add(QStringLiteral("tl_GetContactStatus"), {{S::Int}}, getContactStatus);
-    c.add(QStringLiteral("tl_GetContactInformation"), {{S::Int}}, [](Database& db, const Args& a) {
-        return contactColumns(db, QStringLiteral("c.contactsys = ?"), {a.value(0)});
-    });
-    c.add(QStringLiteral("tl_GetContactList"), {{S::Int}}, [](Database& db, const Args& a) {
-        return contactColumns(db, QStringLiteral("c.organizationsys = ?"), {a.value(0)});
-    });
+          {{S::TextOrNull, S::IntOrNull, S::TextOrNull, S::IntOrNull}}, searchContacts,
+          {false, {R::Any, R::Any, R::Any, R::SelfUser}});
+    c.add(QStringLiteral("tl_GetContactStatus"), {{S::Int}}, getContactStatus,
+          {false, {R::Colleague}});
+    c.add(QStringLiteral("tl_GetContactInformation"), {{S::Int}},
+          [](Database& db, const Args& a) {
+              return contactColumns(db, QStringLiteral("c.contactsys = ?"), {a.value(0)});
+          },
+          {false, {R::Colleague}});
+    c.add(QStringLiteral("tl_GetContactList"), {{S::Int}},
+          [](Database& db, const Args& a) {
+              return contactColumns(db, QStringLiteral("c.organizationsys = ?"), {a.value(0)});
+          },
+          {false, {R::OwnOrganization}});
     c.add(QStringLiteral("tl_SetStatus"),
-          {{S::Int, S::Int, S::TextOrNull, S::TextOrNull, S::TextOrNull, S::Int}}, setStatus);
-    c.add(QStringLiteral("tl_MyFriendsAdd"), {{S::Int, S::Int}}, addFriend);
-    c.add(QStringLiteral("tl_MyFriendsRemove"), {{S::Int, S::Int}}, removeFriend);
-    c.add(QStringLiteral("tl_UpdateChatStatus"), {{S::Int, S::Int}}, updateChatStatus);
-    c.add(QStringLiteral("tl_GetCompanyList"), {{S::Int}, {}}, getCompanyList);
+          {{S::Int, S::Int, S::TextOrNull, S::TextOrNull, S::TextOrNull, S::Int}}, setStatus,
+          {false, {R::StatusOf, R::Any, R::Any, R::Any, R::Any, R::SelfUser}});
+    c.add(QStringLiteral("tl_MyFriendsAdd"), {{S::Int, S::Int}}, addFriend,
+          {false, {R::SelfUser, R::FriendToAdd}});
+    c.add(QStringLiteral("tl_MyFriendsRemove"), {{S::Int, S::Int}}, removeFriend,
+          {false, {R::SelfUser}});
+    c.add(QStringLiteral("tl_UpdateChatStatus"), {{S::Int, S::Int}}, updateChatStatus,
+          {false, {R::SelfContact}});
+    c.add(QStringLiteral("tl_GetCompanyList"), {{S::Int}, {}}, getCompanyList,
+          {false, {R::SelfUser}});
 }

@@ -51,9 +51,9 @@ Catalogue& Catalogue::instance() {
     return catalogue;
 }
 
-void Catalogue::add(const QString& name, std::vector<std::vector<ArgShape>> shapes,
-                    Handler handler) {
-    m_procedures.insert(name.toLower(), {std::move(shapes), std::move(handler)});
+void Catalogue::add(const QString& name, std::vector<std::vector<ArgShape>> shapes, Handler handler,
+                    Access access) {
+    m_procedures.insert(name.toLower(), {std::move(shapes), std::move(handler), std::move(access)});
 }
 
 QString Catalogue::keyOf(const wire::Statement& statement) {
@@ -79,9 +79,24 @@ std::optional<QString> Catalogue::refusal(const wire::Statement& statement) cons
         .arg(statement.args.size());
 }
 
-Answer Catalogue::run(Database& db, const wire::Statement& statement) const {
+void Catalogue::authorize(Database& db, const wire::Statement& statement, Caller& caller) const {
     const auto& procedure = m_procedures[keyOf(statement)];
-    return procedure.handler(db, Args(statement.args));
+    const QString name = statement.procedure.isEmpty() ? keyOf(statement) : statement.procedure;
+    if (!caller.signedIn()) {
+        if (!procedure.access.anonymous)
+            throw Refusal(QStringLiteral("%1 needs a signed-in session").arg(name));
+        return;
+    }
+    const Args args(statement.args, caller);
+    const auto& roles = procedure.access.roles;
+    for (int i = 0; i < args.count() && i < int(roles.size()); ++i)
+        if (!args.isNull(i))
+            CheckRole(db, roles[std::size_t(i)], args, i, name);
+}
+
+Answer Catalogue::run(Database& db, const wire::Statement& statement, Caller& caller) const {
+    const auto& procedure = m_procedures[keyOf(statement)];
+    return procedure.handler(db, Args(statement.args, caller));
 }
 
 QStringList Catalogue::names() const {

@@ -52,21 +52,27 @@ Answer organizationLocations(Database& db, const Args& a) {
 }
 
 Answer searchCompany(Database& db, const Args& a) {
-    return query(db,
-                 QStringLiteral("SELECT name AS \"Name\", description AS \"Description\", "
-                                "organizationsys AS \"OrganizationSys\" FROM organization WHERE "
-                                "disabled = 0 AND LOWER(name) LIKE LOWER(?) ORDER BY name"),
-                 {a.isNull(0) ? QStringLiteral("%") : a.text(0)});
+    return query(
+        db,
+        QStringLiteral("SELECT name AS \"Name\", description AS \"Description\", "
+                       "organizationsys AS \"OrganizationSys\" FROM organization WHERE "
+                       "disabled = 0 AND LOWER(name) LIKE LOWER(?) AND organizationsys = ? "
+                       "ORDER BY name"),
+        {a.isNull(0) ? QStringLiteral("%") : a.text(0), a.caller().organizationSys});
 }
 
 } // namespace
 
 void registerDirectoryProcedures() {
     auto& c = Catalogue::instance();
+    using R = Role;
     c.add(QStringLiteral("tl_GetAvailableStatuses"), {{S::Int, S::IntOrNull, S::IntOrNull}},
-          availableStatuses);
-    c.add(QStringLiteral("tl_GetAvailableColors"), {{S::Int, S::IntOrNull}}, availableColors);
-    c.add(QStringLiteral("tl_GetOrganizationGroups"), {{S::Int}}, organizationGroups);
-    c.add(QStringLiteral("tl_GetOrganizationLocations"), {{S::Int}}, organizationLocations);
+          availableStatuses, {false, {R::OwnOrganization, R::SelfUser, R::SelfContact}});
+    c.add(QStringLiteral("tl_GetAvailableColors"), {{S::Int, S::IntOrNull}}, availableColors,
+          {false, {R::OwnOrganization, R::SelfUser}});
+    c.add(QStringLiteral("tl_GetOrganizationGroups"), {{S::Int}}, organizationGroups,
+          {false, {R::OwnOrganization}});
+    c.add(QStringLiteral("tl_GetOrganizationLocations"), {{S::Int}}, organizationLocations,
+          {false, {R::OwnOrganization}});
     c.add(QStringLiteral("tl_SearchCompany"), {{S::TextOrNull}}, searchCompany);
 }

@@ -11,6 +11,8 @@ namespace {
 using S = ArgShape;
 
 const QString kRecoverySubject = QStringLiteral("Tavlo Lost Password Request");
+constexpr int kSubjectLimit = 250;
+constexpr int kBodyLimit = 32'000;
 
 // The fields that become mail headers: to, subject, from and reply-to.
 const int kHeaderFields[] = {0, 1, 3, 4};
@@ -21,16 +23,17 @@ bool breaksHeader(const QString& field) {
            field.contains(QChar(0));
 }
 
-bool isPersonsAddress(Database& db, const QString& address) {
+bool isColleaguesAddress(Database& db, const Caller& caller, const QString& address) {
     return db
-        .exec(QStringLiteral("SELECT 1 FROM contact WHERE LOWER(TRIM(emailaddress)) = LOWER(?)"),
-              {address})
+        .exec(QStringLiteral("SELECT 1 FROM contact WHERE LOWER(TRIM(emailaddress)) = LOWER(?) "
+                             "AND organizationsys = ?"),
+              {address, caller.organizationSys})
         .next();
 }
 
-// The gateway relays nothing to the outside: one recipient, who is either a person the server
-// knows or the configured help desk.
-std::optional<QString> recipientRefusal(Database& db, const QString& to) {
+// The gateway relays nothing to the outside: one recipient, who is either a person of the
+// sender's organisation or the configured help desk.
+std::optional<QString> recipientRefusal(Database& db, const Caller& caller, const QString& to) {
     if (to.isEmpty())
         return QStringLiteral("mail without a recipient");
     if (to.contains(QLatin1Char(',')) || to.contains(QLatin1Char(';')))
@@ -38,17 +41,39 @@ std::optional<QString> recipientRefusal(Database& db, const QString& to) {
     const QString& helpDesk = ServerSettings::Current().helpDeskMail;
     if (!helpDesk.isEmpty() && to.compare(helpDesk, Qt::CaseInsensitive) == 0)
         return std::nullopt;
-    if (isPersonsAddress(db, to))
+    if (isColleaguesAddress(db, caller, to))
         return std::nullopt;
-    return QStringLiteral("mail to an address nobody here has: ") + to.left(80);
+    return QStringLiteral("mail to an address nobody in the organisation has: ") + to.left(80);
 }
 
 void requireSendable(Database& db, const Args& a) {
     for (int field : kHeaderFields)
         if (breaksHeader(a.text(field)))
             throw Refusal(QStringLiteral("mail with a line break or NUL in a header"));
-    if (const auto reason = recipientRefusal(db, a.text(0).trimmed()))
+    if (a.text(1).size() > kSubjectLimit || a.text(2).size() > kBodyLimit)
+        throw Refusal(QStringLiteral("mail with a subject over %1 or a body over %2 characters")
+                          .arg(kSubjectLimit)
+                          .arg(kBodyLimit));
+    const QString to = a.text(0).trimmed();
+    if (!a.caller().signedIn()) {
+        // Without a session only the recovery mail goes, and only to the address that the
+        // recovery question matched.
+        if (a.text(1) != kRecoverySubject || !Recovery::HasLink(to))
+            throw Refusal(QStringLiteral("tl_SendEmail needs a signed-in session"));
+        return;
+    }
+    if (const auto reason = recipientRefusal(db, a.caller(), to))
         throw Refusal(*reason);
+}
+
+// The caller's own address may stand as Reply-To; any other "from" is dropped, since the mail
+// always goes out from the server's own address.
+QVariant replyTo(const Args& a) {
+    const QString from = a.text(3).trimmed();
+    if (a.caller().signedIn() && !from.isEmpty() &&
+        from.compare(a.caller().emailAddress.trimmed(), Qt::CaseInsensitive) == 0)
+        return from;
+    return QVariant();
 }
 
 // Queues the mail; a worker delivers it. A recovery mail gets its reset link here, so the
@@ -67,8 +92,8 @@ Answer sendEmail(Database& db, const Args& a) {
         const qint64 key = db.nextKey(QStringLiteral("outbox"), QStringLiteral("mailsys"));
         db.exec(QStringLiteral("INSERT INTO outbox (mailsys, queuedat, mailto, subject, body, "
                                "mailfrom, replyto, extra) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
-                {key, Board::now(), to, a.value(1), body, a.value(3), a.value(4),
-                 a.count() > 5 ? a.value(5) : QVariant()});
+                {key, Board::now(), to, a.value(1), body, ServerSettings::Current().mailFrom,
+                 replyTo(a), a.count() > 5 ? a.value(5) : QVariant()});
     });
     return std::nullopt;
 }
@@ -112,6 +137,6 @@ void registerMailProcedures() {
     c.add(QStringLiteral("tl_SendEmail"),
           {{S::Text, S::Text, S::Text, S::Text, S::Text},
            {S::Text, S::Text, S::Text, S::Text, S::Text, S::Text}},
-          sendEmail);
-    c.add(QStringLiteral("tl_ForgotPassword"), {{S::Text, S::Text}}, forgotPassword);
+          sendEmail, {true, {}});
+    c.add(QStringLiteral("tl_ForgotPassword"), {{S::Text, S::Text}}, forgotPassword, {true, {}});
 }

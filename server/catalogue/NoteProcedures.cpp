@@ -99,10 +99,15 @@ Answer addNote(Database& db, const Args& a) {
 
 void registerNoteProcedures() {
     auto& c = Catalogue::instance();
-    c.add(QStringLiteral("tl_GetContactNotesUnread"), {{S::Int}}, unreadCount);
+    using R = Role;
+    c.add(QStringLiteral("tl_GetContactNotesUnread"), {{S::Int}}, unreadCount,
+          {false, {R::SelfContact}});
     c.add(QStringLiteral("tl_GetContactNotes"), {{S::Int, S::Null, S::Null, S::IntOrNull}},
-          contactNotes);
-    c.add(QStringLiteral("tl_SetNoteRead"), {{S::Int, S::Int}}, setNoteRead);
-    c.add(QStringLiteral("tl_DeleteNote"), {{S::Int, S::Int}}, deleteNote);
-    c.add(QStringLiteral("tl_AddContactNote"), {{S::Int, S::Text, S::Int, S::Int}}, addNote);
+          contactNotes, {false, {R::SelfContact, R::Any, R::Any, R::SelfUser}});
+    c.add(QStringLiteral("tl_SetNoteRead"), {{S::Int, S::Int}}, setNoteRead,
+          {false, {R::SelfUser}});
+    c.add(QStringLiteral("tl_DeleteNote"), {{S::Int, S::Int}}, deleteNote,
+          {false, {R::Any, R::SelfUser}});
+    c.add(QStringLiteral("tl_AddContactNote"), {{S::Int, S::Text, S::Int, S::Int}}, addNote,
+          {false, {R::Colleague, R::Any, R::SelfUser}});
 }

@@ -2,6 +2,7 @@
 
 #include "store/Database.h"
 #include "store/PasswordHash.h"
+#include "store/SessionStore.h"
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QHash>
@@ -56,6 +57,9 @@ void Issue(Database& db, qint64 userSys, const QString& emailAddress) {
         QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(bytes), sizeof bytes).toHex());
     const QDateTime expires = QDateTime::currentDateTime().addSecs(3600);
     db.write([&] {
+        // One pending link per account: a new question spends the earlier ones.
+        db.exec(QStringLiteral("UPDATE resettoken SET used = 1 WHERE usersys = ? AND used = 0"),
+                {userSys});
         db.exec(
             QStringLiteral(
                 "INSERT INTO resettoken (tokenhash, usersys, expires, used) VALUES (?, ?, ?, 0)"),
@@ -78,6 +82,12 @@ std::optional<QString> TakeLink(const QString& emailAddress) {
     return entry.link;
 }
 
+bool HasLink(const QString& emailAddress) {
+    QMutexLocker guard(&lock());
+    const auto found = pending().constFind(emailAddress.trimmed().toLower());
+    return found != pending().cend() && found->expires >= QDateTime::currentDateTime();
+}
+
 std::optional<qint64> UserOfToken(Database& db, const QString& token) {
     if (token.size() != 64)
         return std::nullopt;
@@ -94,7 +104,7 @@ bool Reset(Database& db, const QString& token, const QString& newPassword) {
     if (!user)
         return false;
     const QString hashed = PasswordHash::hash(newPassword);
-    return db.write([&] {
+    const bool reset = db.write([&] {
         QSqlQuery spent = db.exec(
             QStringLiteral("UPDATE resettoken SET used = 1 WHERE tokenhash = ? AND used = 0"),
             {hashOf(token)});
@@ -104,6 +114,9 @@ bool Reset(Database& db, const QString& token, const QString& newPassword) {
                 {hashed, *user});
         return true;
     });
+    if (reset)
+        SessionStore::CloseAllOf(db, *user);
+    return reset;
 }
 
 } // namespace Recovery

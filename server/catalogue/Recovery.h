@@ -18,10 +18,13 @@ QString PublicBaseUrl();
 void Issue(Database& db, qint64 userSys, const QString& emailAddress);
 // The pending link for a recovery mail to that address (taken: at most once), if any.
 std::optional<QString> TakeLink(const QString& emailAddress);
+// Whether a recovery mail to that address has a link waiting.
+bool HasLink(const QString& emailAddress);
 
 // The user a token is good for, if it is known, unused and not expired.
 std::optional<qint64> UserOfToken(Database& db, const QString& token);
-// Sets the new password and spends the token; false when the token isn't good.
+// Sets the new password, spends the token and ends the user's sessions; false when the token
+// isn't good.
 bool Reset(Database& db, const QString& token, const QString& newPassword);
 
 } // namespace Recovery

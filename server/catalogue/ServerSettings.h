@@ -7,6 +7,10 @@
 struct ServerSettings {
     // The one address besides the people's own that mail may go to; empty when none is set.
     QString helpDeskMail;
+    // The envelope sender and From of every mail the server sends.
+    QString mailFrom = QStringLiteral("tavlo@localhost");
+    // Cookies only over HTTPS: the public address is https.
+    bool secureCookies = false;
 
     static const ServerSettings& Current();
     static void Set(ServerSettings settings);

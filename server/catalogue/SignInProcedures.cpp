@@ -1,9 +1,9 @@
 // Sign-in, sessions, rights, key reservation, the version check and error reports.
 #include "Board.h"
 #include "Catalogue.h"
+#include "PasswordCheck.h"
 #include "RowsetFromQuery.h"
 #include "store/Database.h"
-#include "store/PasswordHash.h"
 #include <QHash>
 
 namespace {
@@ -27,17 +27,18 @@ const QString kSignInColumns = QStringLiteral(
     "JOIN organization o ON o.organizationsys = c.organizationsys WHERE u.usersys = ?");
 
 // One row when the name and password match (even for a removed account or a disabled
-// organisation, which the row says), no row otherwise.
+// organisation, which the row says), no row otherwise. An active account in an enabled
+// organisation gets a session.
 Answer loginCheck(Database& db, const Args& a) {
-    qint64 userSys = -1;
-    QSqlQuery q = db.exec(QStringLiteral("SELECT usersys, passwordhash FROM users WHERE "
-                                         "LOWER(username) = LOWER(?)"),
-                          {a.text(0)});
-    while (q.next())
-        if (PasswordHash::verify(q.value(1).toString(), a.text(1)))
-            userSys = q.value(0).toLongLong();
-    QSqlQuery row = db.exec(kSignInColumns, {userSys});
-    return RowsetFromQuery(row);
+    const PasswordCheck check = PasswordCheck::Run(db, a.text(0), a.text(1), a.caller().peer);
+    if (check.outcome == PasswordCheck::Outcome::Wait)
+        throw Refusal(check.waitText(), 429);
+    QSqlQuery row = db.exec(kSignInColumns, {check.userSys});
+    wire::Rowset rowset = RowsetFromQuery(row);
+    if (!rowset.rows.empty() && rowset.rows.front()[0].toInt() == 1 &&
+        rowset.rows.front()[1].toInt() == 1)
+        a.caller().openSessionFor = check.userSys;
+    return rowset;
 }
 
 Answer openSession(Database& db, const Args& a) {
@@ -51,7 +52,9 @@ Answer openSession(Database& db, const Args& a) {
     return std::nullopt;
 }
 
+// The sign-out: the gateway session ends with it.
 Answer closeSession(Database& db, const Args& a) {
+    a.caller().endSession = true;
     db.write([&] {
         db.exec(QStringLiteral("UPDATE sessions SET logoutdate = ? WHERE sessionsys = ?"),
                 {Board::now(), a.value(0)});
@@ -152,13 +155,18 @@ Answer logAnomaly(Database& db, const Args& a) {
 
 void registerSignInProcedures() {
     auto& c = Catalogue::instance();
-    c.add(QStringLiteral("LoginCheck"), {{S::Text, S::Text}}, loginCheck);
+    const Access anyone{true, {}};
+    using R = Role;
+    c.add(QStringLiteral("LoginCheck"), {{S::Text, S::Text}}, loginCheck, anyone);
     c.add(QStringLiteral("<sessions insert>"),
-          {{S::Int, S::Int, S::Text, S::GetDate, S::Text, S::Text, S::Int}}, openSession);
-    c.add(QStringLiteral("<sessions update>"), {{S::Int}}, closeSession);
+          {{S::Int, S::Int, S::Text, S::GetDate, S::Text, S::Text, S::Int}}, openSession,
+          {false, {R::Any, R::SelfContact, R::Any, R::Any, R::Any, R::Any, R::SelfUser}});
+    c.add(QStringLiteral("<sessions update>"), {{S::Int}}, closeSession,
+          {false, {R::OwnSessionRow}});
     c.add(QStringLiteral("GetSysVB"), {{S::Text}}, getSysVB);
-    c.add(QStringLiteral("tl_GetUserSecurity"), {{S::Int}}, getUserSecurity);
-    c.add(QStringLiteral("tl_VersionCheck"), {{}}, versionCheck);
+    c.add(QStringLiteral("tl_GetUserSecurity"), {{S::Int}}, getUserSecurity,
+          {false, {R::SelfUser}});
+    c.add(QStringLiteral("tl_VersionCheck"), {{}}, versionCheck, anyone);
     c.add(QStringLiteral("LogAnomaly"),
-          {{S::Text, S::Int, S::Text, S::Text, S::Int, S::Text, S::Text}}, logAnomaly);
+          {{S::Text, S::Int, S::Text, S::Text, S::Int, S::Text, S::Text}}, logAnomaly, anyone);
 }

@@ -1,11 +1,13 @@
 #include "GatewayServer.h"
 
 #include "GatewayEndpoint.h"
+#include "catalogue/CallerLookup.h"
+#include "catalogue/ServerSettings.h"
+#include "store/SessionStore.h"
 #include "web/AdminPages.h"
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
 #include "web/WebBoard.h"
-#include "web/WebSessions.h"
 #include <httplib.h>
 #include <sys/socket.h>
 
@@ -14,7 +16,6 @@ struct GatewayServer::Impl {
     Database& db;
     GatewayEndpoint endpoint;
     httplib::Server http;
-    WebSessions sessions;
     int port = 0;
     int socket = -1;
 };
@@ -25,9 +26,36 @@ constexpr int kWorkers = 48;
 constexpr int kListenBacklog = 1024;
 constexpr size_t kPayloadLimit = 16 * 1024;
 
+// Pages are never framed by another site, load nothing from elsewhere, and aren't kept by
+// browsers or proxies (they show a signed-in person's data).
 void answerHtml(httplib::Response& res, int status, const QString& html) {
     res.status = status;
+    res.set_header("X-Frame-Options", "DENY");
+    res.set_header("Content-Security-Policy",
+                   "default-src 'none'; style-src 'unsafe-inline'; img-src 'self'; "
+                   "form-action 'self'; frame-ancestors 'none'; base-uri 'none'");
+    res.set_header("Cache-Control", "no-store");
+    res.set_header("X-Content-Type-Options", "nosniff");
     res.set_content(html.toStdString(), "text/html; charset=utf-8");
+}
+
+QString cookieOf(const httplib::Request& req) {
+    return QString::fromStdString(req.get_header_value("Cookie"));
+}
+
+std::string sessionCookie(const QString& token) {
+    return SessionStore::SetCookie(token, ServerSettings::Current().secureCookies).toStdString();
+}
+
+// The posted form's fields only: a password never travels in a URL, where logs and
+// histories keep it.
+QHash<QString, QString> postedFields(const httplib::Request& req) {
+    QHash<QString, QString> fields;
+    if (req.method != "POST")
+        return fields;
+    for (const auto& [name, value] : req.params)
+        fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+    return fields;
 }
 
 // The fields of a page request, from the query and the posted form alike.
@@ -56,8 +84,11 @@ GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
     });
 
     http.Post("/XMLDemo.asp", [this](const httplib::Request& req, httplib::Response& res) {
-        const GatewayEndpoint::Reply reply = d->endpoint.Handle(
-            QByteArray::fromStdString(req.body), QString::fromStdString(req.remote_addr));
+        const GatewayEndpoint::Reply reply =
+            d->endpoint.Handle(QByteArray::fromStdString(req.body),
+                               QString::fromStdString(req.remote_addr), cookieOf(req));
+        if (!reply.setCookie.isEmpty())
+            res.set_header("Set-Cookie", reply.setCookie.toStdString());
         res.status = reply.status;
         res.set_content(reply.body.toStdString(), reply.contentType.toStdString());
     });
@@ -72,27 +103,39 @@ GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
         answerHtml(res, page.status, page.html);
     };
     auto loginCheck = [this](const httplib::Request& req, httplib::Response& res) {
-        const QHash<QString, QString> fields = fieldsOf(req);
-        const WebBoard::Page page = WebBoard::LoginCheck(d->db, fields);
+        const WebBoard::Page page =
+            WebBoard::LoginCheck(d->db, postedFields(req), QString::fromStdString(req.remote_addr));
         if (page.signedInUser >= 0)
-            res.set_header("Set-Cookie", (QString::fromLatin1(WebSessions::kCookie) +
-                                          QLatin1Char('=') + d->sessions.Open(page.signedInUser) +
-                                          QStringLiteral("; Path=/; HttpOnly; SameSite=Lax"))
-                                             .toStdString());
+            res.set_header("Set-Cookie",
+                           sessionCookie(SessionStore::Open(d->db, page.signedInUser)));
         answerHtml(res, page.status, page.html);
     };
     auto administrator = [this](const httplib::Request& req, httplib::Response& res) {
         const QHash<QString, QString> fields = fieldsOf(req);
-        const QString token =
-            WebSessions::TokenIn(QString::fromStdString(req.get_header_value("Cookie")));
+        const Caller caller = CallerOf(d->db, SessionStore::TokenIn(cookieOf(req)),
+                                       QString::fromStdString(req.remote_addr));
+        const WebBoard::Page page = AdminPages::Administrator(d->db, caller.userSys, fields);
+        answerHtml(res, page.status, page.html);
+    };
+    auto logout = [this](const httplib::Request& req, httplib::Response& res) {
+        const QString token = SessionStore::TokenIn(cookieOf(req));
+        if (!token.isEmpty())
+            SessionStore::Close(d->db, token);
+        res.set_header("Set-Cookie", sessionCookie(QString()));
         const WebBoard::Page page =
-            AdminPages::Administrator(d->db, d->sessions.UserOf(token), fields);
+            WebBoard::SignInForm(200, QStringLiteral("You have signed out."));
         answerHtml(res, page.status, page.html);
     };
     http.Get("/Administrator.asp", administrator);
     http.Post("/Administrator.asp", administrator);
-    http.Get("/logincheck.asp", loginCheck);
+    http.Get("/logincheck.asp", [](const httplib::Request&, httplib::Response& res) {
+        const WebBoard::Page page = WebBoard::SignInForm(405, QString());
+        res.set_header("Allow", "POST");
+        answerHtml(res, page.status, page.html);
+    });
     http.Post("/logincheck.asp", loginCheck);
+    http.Get("/logout.asp", logout);
+    http.Post("/logout.asp", logout);
     http.Get("/reset", reset);
     http.Post("/reset", reset);
     http.Get(R"(/pictures/([A-Za-z0-9_-]{1,40})\.png)",

@@ -24,15 +24,31 @@ size_t readMessage(char* buffer, size_t size, size_t count, void* userdata) {
     return static_cast<size_t>(n);
 }
 
+constexpr qint64 kFirstRetrySeconds = 60;
+constexpr qint64 kLongestRetrySeconds = 3600;
+constexpr qint64 kGiveUpSeconds = 24 * 3600;
+
+QString stamp(const QDateTime& moment) {
+    return moment.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+}
+
 // Header and body lines end in CR LF; a lone line feed in a body becomes one too.
-QByteArray message(const QString& to, const QString& from, const QString& subject, QString body) {
+QByteArray message(const QString& to, const QString& from, const QString& replyTo,
+                   const QString& subject, QString body) {
     body.replace(QStringLiteral("\r\n"), QStringLiteral("\n"))
         .replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
-    return (QStringLiteral("To: %1\r\nFrom: %2\r\nSubject: %3\r\nContent-Type: text/plain; "
-                           "charset=utf-8\r\n\r\n")
-                .arg(to, from, subject) +
+    QString head = QStringLiteral("To: %1\r\nFrom: %2\r\n").arg(to, from);
+    if (!replyTo.isEmpty())
+        head += QStringLiteral("Reply-To: %1\r\n").arg(replyTo);
+    return (head +
+            QStringLiteral("Subject: %1\r\nContent-Type: text/plain; charset=utf-8\r\n\r\n")
+                .arg(subject) +
             body + QStringLiteral("\r\n"))
         .toUtf8();
+}
+
+qint64 retryAfter(int attempts) {
+    return std::min(kFirstRetrySeconds << std::min(attempts - 1, 10), kLongestRetrySeconds);
 }
 
 QString send(const QString& smtpUrl, const QString& from, const QString& to,
@@ -61,42 +77,60 @@ QString send(const QString& smtpUrl, const QString& from, const QString& to,
 QStringList List(Database& db) {
     QStringList out;
     QSqlQuery q = db.exec(QStringLiteral("SELECT mailsys, queuedat, sentat, mailto, subject, "
-                                         "lasterror FROM outbox ORDER BY mailsys"));
+                                         "lasterror, gaveup FROM outbox ORDER BY mailsys"));
     while (q.next())
         out << QStringLiteral("%1\t%2\t%3\t%4\t%5%6")
                    .arg(q.value(0).toString(), q.value(1).toString(),
-                        q.value(2).isNull() ? QStringLiteral("waiting") : q.value(2).toString(),
+                        q.value(2).isNull() ? (q.value(6).toInt() != 0 ? QStringLiteral("given up")
+                                                                       : QStringLiteral("waiting"))
+                                            : q.value(2).toString(),
                         q.value(3).toString(), q.value(4).toString(),
                         q.value(5).isNull() ? QString()
                                             : QStringLiteral("\t") + q.value(5).toString());
     return out;
 }
 
-int DeliverWaiting(Database& db, const QString& smtpUrl) {
+int DeliverWaiting(Database& db, const QString& smtpUrl, const QString& mailFrom,
+                   const QDateTime& now) {
     struct Mail {
         QVariant key;
-        QString to, subject, body, from;
+        QString to, subject, body, replyTo, queuedAt;
+        int attempts = 0;
     };
     QList<Mail> waiting;
     {
-        QSqlQuery q = db.exec(QStringLiteral("SELECT mailsys, mailto, subject, body, mailfrom FROM "
-                                             "outbox WHERE sentat IS NULL ORDER BY mailsys"));
+        QSqlQuery q = db.exec(
+            QStringLiteral("SELECT mailsys, mailto, subject, body, replyto, queuedat, attempts "
+                           "FROM outbox WHERE sentat IS NULL AND gaveup = 0 AND (nextattempt IS "
+                           "NULL OR nextattempt <= ?) ORDER BY mailsys"),
+            {stamp(now)});
         while (q.next())
-            waiting << Mail{q.value(0), q.value(1).toString(), q.value(2).toString(),
-                            q.value(3).toString(), q.value(4).toString()};
+            waiting << Mail{q.value(0),
+                            q.value(1).toString(),
+                            q.value(2).toString(),
+                            q.value(3).toString(),
+                            q.value(4).toString(),
+                            q.value(5).toString(),
+                            q.value(6).toInt()};
     }
     int sent = 0;
     for (const Mail& mail : waiting) {
         const QString error =
-            send(smtpUrl, mail.from, mail.to, message(mail.to, mail.from, mail.subject, mail.body));
-        db.write([&] {
+            send(smtpUrl, mailFrom, mail.to,
+                 message(mail.to, mailFrom, mail.replyTo, mail.subject, mail.body));
+        const int attempts = mail.attempts + 1;
+        const bool giveUp =
+            QDateTime::fromString(mail.queuedAt, Qt::ISODate).secsTo(now) >= kGiveUpSeconds;
+        db.writeQuietly([&] {
             if (error.isEmpty())
-                db.exec(QStringLiteral(
-                            "UPDATE outbox SET sentat = ?, lasterror = NULL WHERE mailsys = ?"),
-                        {QDateTime::currentDateTime().toString(Qt::ISODate), mail.key});
+                db.exec(QStringLiteral("UPDATE outbox SET sentat = ?, lasterror = NULL, "
+                                       "attempts = ? WHERE mailsys = ?"),
+                        {stamp(now), attempts, mail.key});
             else
-                db.exec(QStringLiteral("UPDATE outbox SET lasterror = ? WHERE mailsys = ?"),
-                        {error, mail.key});
+                db.exec(QStringLiteral("UPDATE outbox SET lasterror = ?, attempts = ?, "
+                                       "nextattempt = ?, gaveup = ? WHERE mailsys = ?"),
+                        {error, attempts, stamp(now.addSecs(retryAfter(attempts))), giveUp ? 1 : 0,
+                         mail.key});
         });
         if (error.isEmpty())
             ++sent;

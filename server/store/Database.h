@@ -44,6 +44,20 @@ public:
             return result;
         }
     }
+    // The same for bookkeeping no answer shows (sessions): the data version stays, so cached
+    // answers stay good.
+    template <class F> auto writeQuietly(F&& body) {
+        QMutexLocker lock(&m_writer);
+        Transaction transaction(*this);
+        if constexpr (std::is_void_v<decltype(body())>) {
+            body();
+            transaction.commit();
+        } else {
+            auto result = body();
+            transaction.commit();
+            return result;
+        }
+    }
     std::uint64_t dataVersion() const { return m_version.load(); }
 
     // One past the highest key of a table; call it inside write() so no other writer takes it.

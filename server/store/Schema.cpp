@@ -53,6 +53,7 @@ const Table kTables[] = {
     {"versioninfo", "versionsys INTEGER PRIMARY KEY, versionstring TEXT, major INTEGER, "
                     "minor INTEGER, revision INTEGER, ftpsite TEXT, ftpdirectory TEXT, "
                     "ftpfile TEXT, ftpuser TEXT, ftppassword TEXT, updatesha256 TEXT"},
+    {"websession", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, lastseen TEXT NOT NULL"},
     {"resettoken", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, expires TEXT NOT NULL, "
                    "used INTEGER NOT NULL DEFAULT 0"},
 };
@@ -64,6 +65,7 @@ const char* const kIndexes[] = {
     "CREATE INDEX IF NOT EXISTS users_contact ON users (contactsys)",
     "CREATE INDEX IF NOT EXISTS contactgroup_contact ON contactgroup (contactsys)",
     "CREATE INDEX IF NOT EXISTS note_unread ON note (contactsys, dateread)",
+    "CREATE INDEX IF NOT EXISTS websession_user ON websession (usersys)",
 };
 
 } // namespace
@@ -83,9 +85,13 @@ QStringList statements(bool postgres) {
 }
 
 QList<AddedColumn> addedColumns() {
-    return {
-        {QStringLiteral("contact"), QStringLiteral("chatseenat"), QStringLiteral("TEXT")},
-        {QStringLiteral("versioninfo"), QStringLiteral("updatesha256"), QStringLiteral("TEXT")}};
+    return {{QStringLiteral("contact"), QStringLiteral("chatseenat"), QStringLiteral("TEXT")},
+            {QStringLiteral("versioninfo"), QStringLiteral("updatesha256"), QStringLiteral("TEXT")},
+            {QStringLiteral("outbox"), QStringLiteral("attempts"),
+             QStringLiteral("INTEGER NOT NULL DEFAULT 0")},
+            {QStringLiteral("outbox"), QStringLiteral("nextattempt"), QStringLiteral("TEXT")},
+            {QStringLiteral("outbox"), QStringLiteral("gaveup"),
+             QStringLiteral("INTEGER NOT NULL DEFAULT 0")}};
 }
 
 QStringList tables() {

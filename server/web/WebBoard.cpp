@@ -1,8 +1,8 @@
 #include "WebBoard.h"
 
 #include "catalogue/Board.h"
+#include "catalogue/PasswordCheck.h"
 #include "store/Database.h"
-#include "store/PasswordHash.h"
 #include "wire/Recordset.h"
 #include <QSqlQuery>
 
@@ -41,21 +41,18 @@ struct Account {
     bool disabled = false;
 };
 
-Account findAccount(Database& db, const QString& userName, const QString& password) {
+Account accountOf(Database& db, qint64 userSys) {
     Account account;
     QSqlQuery q =
-        db.exec(QStringLiteral("SELECT u.usersys, u.passwordhash, u.removed, o.disabled, "
-                               "o.organizationsys, o.name FROM users u "
+        db.exec(QStringLiteral("SELECT u.usersys, u.removed, o.disabled, o.organizationsys, "
+                               "o.name FROM users u "
                                "JOIN contact c ON c.contactsys = u.contactsys "
                                "JOIN organization o ON o.organizationsys = c.organizationsys "
-                               "WHERE LOWER(u.username) = LOWER(?)"),
-                {userName});
-    while (q.next()) {
-        if (!PasswordHash::verify(q.value(1).toString(), password))
-            continue;
-        account = {q.value(0).toLongLong(), q.value(4).toLongLong(), q.value(5).toString(),
-                   q.value(2).toInt() != 0, q.value(3).toInt() != 0};
-    }
+                               "WHERE u.usersys = ?"),
+                {userSys});
+    if (q.next())
+        account = {q.value(0).toLongLong(), q.value(3).toLongLong(), q.value(4).toString(),
+                   q.value(1).toInt() != 0, q.value(2).toInt() != 0};
     return account;
 }
 
@@ -83,12 +80,15 @@ QString boardTable(Database& db, const Account& account) {
 
 } // namespace
 
-Page LoginCheck(Database& db, const QHash<QString, QString>& fields) {
+Page LoginCheck(Database& db, const QHash<QString, QString>& fields, const QString& peer) {
     const QString userName = fields.value(QStringLiteral("UserName"));
     const QString password = fields.value(QStringLiteral("Password"));
     if (userName.isEmpty())
         return signInFormPage(200, QString());
-    const Account account = findAccount(db, userName, password);
+    const PasswordCheck check = PasswordCheck::Run(db, userName, password, peer);
+    if (check.outcome == PasswordCheck::Outcome::Wait)
+        return signInFormPage(429, check.waitText());
+    const Account account = accountOf(db, check.userSys);
     if (account.userSys < 0)
         return signInFormPage(401, QStringLiteral("Invalid Login, please try again!"));
     if (account.removed)

@@ -16,7 +16,8 @@ struct Page {
     qint64 signedInUser = -1; // a good sign-in: the user, for the session
 };
 
-Page LoginCheck(Database& db, const QHash<QString, QString>& fields);
+// peer: the visitor's address, for the sign-in throttle.
+Page LoginCheck(Database& db, const QHash<QString, QString>& fields, const QString& peer);
 
 // A whole page of the site around a body, and the sign-in form with a reason above it.
 QString Html(const QString& title, const QString& body);

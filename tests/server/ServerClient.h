@@ -1,22 +1,39 @@
 #pragma once
 
 #include "wire/ComError.h"
+#include "wire/CookieJar.h"
 #include "wire/GatewayPost.h"
 #include "wire/Recordset.h"
 #include "wire/RowsetReader.h"
 #include <QByteArray>
 #include <QString>
+#include <memory>
 #include <optional>
 
-// Posts statements to a server the way the client does, and reads the answers.
+// Posts statements to a server the way the client does, and reads the answers. Each client
+// keeps its own cookies, so it is one visitor: anonymous until signIn, then that person.
 class ServerClient {
 public:
-    explicit ServerClient(QString baseUrl) : m_baseUrl(std::move(baseUrl)) {}
+    explicit ServerClient(QString baseUrl)
+        : m_baseUrl(std::move(baseUrl)), m_cookies(std::make_unique<wire::CookieJar>()) {}
+    // A client signed in as the user (every demo password is "demo").
+    ServerClient(QString baseUrl, const QString& user, const QString& password = "demo")
+        : ServerClient(std::move(baseUrl)) {
+        signIn(user, password);
+    }
 
     wire::GatewayReply post(const QString& sql) const {
-        return wire::postStatement(
-            {m_baseUrl, sql, QStringLiteral("11/18/2026 9:05:07 AM"), 10000});
+        wire::GatewayRequest request{m_baseUrl, sql, QStringLiteral("11/18/2026 9:05:07 AM"),
+                                     10000};
+        request.cookies = m_cookies.get();
+        return wire::postStatement(request);
     }
+    // Signs in through the gateway; true when the server answered a row and a session.
+    bool signIn(const QString& user, const QString& password = "demo") const {
+        const auto rs = read(QStringLiteral("EXEC LoginCheck '%1','%2'").arg(user, password));
+        return rs && rs->RecordCount() == 1;
+    }
+    void forget() const { m_cookies->clear(); }
     // The recordset of a read; nullopt when the answer is no rowset.
     std::optional<wire::Recordset> read(const QString& sql) const {
         const auto reply = post(sql);
@@ -40,4 +57,5 @@ public:
 
 private:
     QString m_baseUrl;
+    std::unique_ptr<wire::CookieJar> m_cookies;
 };

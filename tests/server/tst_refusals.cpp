@@ -20,7 +20,7 @@ private slots:
         if (server->mayBeSkipped())
             QSKIP(qPrintable(server->failure()));
         QVERIFY2(server->started(), qPrintable(server->failure()));
-        client = std::make_unique<ServerClient>(server->baseUrl());
+        client = std::make_unique<ServerClient>(server->baseUrl(), QStringLiteral("ann"));
         db = std::make_unique<Database>(server->dbUrl());
     }
     void cleanupTestCase() {

@@ -9,6 +9,9 @@
 #include <QFile>
 #include <QLocale>
 #include <QTextStream>
+#include <optional>
+#include <termios.h>
+#include <unistd.h>
 #include <variant>
 
 namespace {
@@ -17,6 +20,8 @@ struct Options {
     QString url;
     QString file;
     QString statement;
+    QString signInUser;   // empty: anonymous
+    QString passwordFile; // empty: asked for on the terminal
     bool tsv = false;
     long timeoutMs = 60000;
 };
@@ -33,7 +38,11 @@ std::variant<Options, int> parseOptions(const QStringList& arguments) {
         "Posts one statement to a Tavlo gateway exactly as the client does, or reads a saved "
         "rowset, and prints the recordset.\n\nTable: NULL for Null, control characters as \\t "
         "\\r \\n \\xNN.\n--tsv: tab-separated, Null as \\N, backslash, TAB, CR, LF escaped.\n"
-        "Exit status: 0 done, 1 bad usage, 2 server unreachable, 3 answer is no rowset.");
+        "--sign-in: sign in as the user first and post the statement in that session; the "
+        "password comes from --password-file (its first line) or is asked for, never from the "
+        "command line.\n"
+        "Exit status: 0 done, 1 bad usage, 2 server unreachable, 3 answer is no rowset, "
+        "4 sign-in refused.");
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption url("url", "The gateway's base address (\"/XMLDemo.asp\" is added).",
                                  "BASE");
@@ -42,7 +51,10 @@ std::variant<Options, int> parseOptions(const QStringList& arguments) {
     const QCommandLineOption tsv("tsv", "Print tab-separated values for machine use.");
     const QCommandLineOption timeout("timeout", "Give up after this many ms (0: never).", "ms",
                                      "60000");
-    parser.addOptions({url, file, tsv, timeout});
+    const QCommandLineOption signIn("sign-in", "Act as this user (with --url).", "USER");
+    const QCommandLineOption passwordFile(
+        "password-file", "With --sign-in: read the password from this file's first line.", "FILE");
+    parser.addOptions({url, file, tsv, timeout, signIn, passwordFile});
     parser.addPositionalArgument("STATEMENT", "The statement to post (with --url).");
 
     if (!parser.parse(arguments))
@@ -68,6 +80,12 @@ std::variant<Options, int> parseOptions(const QStringList& arguments) {
         return fail(QueryTool::Usage, "--file takes no statement");
     if (parser.isSet(url))
         o.statement = rest.first();
+    o.signInUser = parser.value(signIn);
+    o.passwordFile = parser.value(passwordFile);
+    if (parser.isSet(signIn) && (o.signInUser.isEmpty() || !parser.isSet(url)))
+        return fail(QueryTool::Usage, "--sign-in needs a user name, and --url");
+    if (parser.isSet(passwordFile) && !parser.isSet(signIn))
+        return fail(QueryTool::Usage, "--password-file goes with --sign-in");
     return o;
 }
 
@@ -89,13 +107,72 @@ int print(const QByteArray& answer, const Options& o, const QString& context) {
     return QueryTool::Ok;
 }
 
-int query(const Options& o) {
+// The password of --sign-in: the file's first line, or typed on the terminal unseen.
+std::optional<QString> password(const Options& o) {
+    if (!o.passwordFile.isEmpty()) {
+        QFile f(o.passwordFile);
+        if (!f.open(QIODevice::ReadOnly))
+            return std::nullopt;
+        return QString::fromUtf8(f.readLine()).remove(QLatin1Char('\n')).remove(QLatin1Char('\r'));
+    }
+    QTextStream(stderr) << "Password for " << o.signInUser << ": " << Qt::flush;
+    termios saved{};
+    const bool terminal = ::isatty(STDIN_FILENO) && ::tcgetattr(STDIN_FILENO, &saved) == 0;
+    if (terminal) {
+        termios quiet = saved;
+        quiet.c_lflag &= ~tcflag_t(ECHO);
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+    }
+    const QString typed = QTextStream(stdin).readLine();
+    if (terminal) {
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &saved);
+        QTextStream(stderr) << QStringLiteral("\n");
+    }
+    return typed;
+}
+
+wire::GatewayReply post(const Options& o, const QString& sql) {
     wire::GatewayRequest request;
     request.baseUrl = o.url;
-    request.sql = o.statement;
+    request.sql = sql;
     request.lastCached = lastCached();
     request.timeoutMs = o.timeoutMs;
-    const wire::GatewayReply reply = wire::postStatement(request);
+    return wire::postStatement(request);
+}
+
+// Quotes a text as the client's statements do: in single quotes, each one doubled.
+QString quoted(QString text) {
+    return QLatin1Char('\'') + text.replace(QLatin1Char('\''), QStringLiteral("''")) +
+           QLatin1Char('\'');
+}
+
+// Signs in (the session cookie stays in this process's jar); 0 or the exit status.
+int signIn(const Options& o) {
+    const auto secret = password(o);
+    if (!secret)
+        return fail(QueryTool::Usage,
+                    QStringLiteral("cannot read the password file %1").arg(o.passwordFile));
+    const wire::GatewayReply reply =
+        post(o, QStringLiteral("EXEC LoginCheck ") + quoted(o.signInUser) + QLatin1Char(',') +
+                    quoted(*secret));
+    if (!reply.transportOk)
+        return fail(QueryTool::Unreachable,
+                    QStringLiteral("cannot reach %1: %2").arg(o.url, reply.transportError));
+    try {
+        if (wire::RowsetReader::read(reply.body).rows.size() == 1 && reply.httpStatus == 200)
+            return QueryTool::Ok;
+    } catch (const wire::ComError&) {
+    }
+    return fail(
+        QueryTool::SignInRefused,
+        QStringLiteral("sign-in as %1 refused (HTTP %2)").arg(o.signInUser).arg(reply.httpStatus));
+}
+
+int query(const Options& o) {
+    if (!o.signInUser.isEmpty())
+        if (const int refused = signIn(o); refused != QueryTool::Ok)
+            return refused;
+    const wire::GatewayReply reply = post(o, o.statement);
     if (!reply.transportOk) {
         return fail(QueryTool::Unreachable,
                     QStringLiteral("cannot reach %1: %2").arg(o.url, reply.transportError));

@@ -106,8 +106,8 @@ private slots:
 
     void standardViewShowsEveryoneInServerOrder() {
         // A colleague whose client says it is on chat; the demo's others have said nothing.
-        TLMain().DataAccess().ExecuteSQLFromWeb(QStringLiteral("EXEC tl_UpdateChatStatus 1005, 1"),
-                                                false);
+        QVERIFY(
+            f.postAs(QStringLiteral("erin"), QStringLiteral("EXEC tl_UpdateChatStatus 1005, 1")));
         const QStringList sent = sentBy([&] { board().ReloadGrid(); });
         QCOMPARE(sent,
                  QStringList{QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")});

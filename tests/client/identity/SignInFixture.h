@@ -9,8 +9,10 @@
 #include "config/modTLRegistry.h"
 #include "shell/TLMain.h"
 #include <QApplication>
+#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QTemporaryFile>
 #include <QtTest>
 #include <memory>
 
@@ -65,6 +67,30 @@ public:
     QString stored(const char* name) const {
         return modTLRegistry::GetRegistryValue(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
                                                QString::fromLatin1(name));
+    }
+
+    // What another person does on another computer: the statement posted in that user's own
+    // session (password "demo"), through the command-line query tool. False, with the tool's
+    // words in why, when the tool fails or the server refuses.
+    bool postAs(const QString& user, const QString& statement, QString* why = nullptr) const {
+        QTemporaryFile password;
+        if (!password.open() || password.write("demo\n") != 5)
+            return false;
+        password.flush();
+        QProcess tool;
+        tool.start(qEnvironmentVariable("TAVLO_BINARY_DIR") +
+                       QStringLiteral("/tools/query/tavlo-query"),
+                   {QStringLiteral("--url"), server->baseUrl(), QStringLiteral("--sign-in"), user,
+                    QStringLiteral("--password-file"), password.fileName(), statement});
+        if (!tool.waitForFinished(30000))
+            return false;
+        if (why)
+            *why = QString::fromLocal8Bit(tool.readAllStandardError());
+        // A write answers an empty body, which the tool tells with "no rowset" (3); a refusal
+        // is an error page, which it tells the same way but with the HTTP status.
+        const QString err = why ? *why : QString();
+        return tool.exitCode() == 0 ||
+               (tool.exitCode() == 3 && !err.contains(QStringLiteral("HTTP 4")));
     }
 
     // A value straight from the server's database (SQLite).

@@ -194,9 +194,9 @@ private slots:
                                                       "username = 'bob'")
                                                   .toInt());
         f.gateway->clear();
-        root().DataAccess().ExecuteSQLFromWeb(
-            QStringLiteral("EXEC tl_SetStatus %1,6,NULL,NULL,'%2',%3")
-                .arg(contact, comment, other));
+        QVERIFY(f.postAs(QStringLiteral("bob"),
+                         QStringLiteral("EXEC tl_SetStatus %1,6,NULL,NULL,'%2',%3")
+                             .arg(contact, comment, other)));
         Form<frmTLMain>().tmrUpdateStatus_Timer();
         QCOMPARE(root().ActiveStatus().StatusSys, 6);
         QCOMPARE(root().ActiveStatusRow().Comment, comment);
