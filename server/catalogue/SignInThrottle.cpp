@@ -32,9 +32,9 @@ qint64 SignInThrottle::WaitMs(const QString& userName, const QString& peer) {
 void SignInThrottle::fail(const QString& key) {
     Record& record = m_records[key];
     ++record.failures;
-    if (record.failures <= kFreeFailures)
+    if (record.failures < kFreeFailures)
         return;
-    const int doublings = std::min(record.failures - kFreeFailures - 1, 16);
+    const int doublings = std::min(record.failures - kFreeFailures, 16);
     const qint64 wait = std::min<qint64>(1000LL << doublings, kLongestWaitMs);
     record.nextAllowed = QDateTime::currentDateTimeUtc().addMSecs(wait);
     LogLine(QStringLiteral("sign-in: %1 failures for %2; the next attempt waits %3 s")

@@ -6,7 +6,7 @@
 #include <QString>
 
 // Slows down password guessing: after five failed sign-ins for one account, or from one
-// address, each further attempt has to wait, one second after the sixth failure and twice as
+// address, each further attempt has to wait, one second after the fifth failure and twice as
 // long after each next, up to a minute. A good sign-in clears both counts. The web sign-in and
 // the gateway's share one throttle.
 class SignInThrottle {

@@ -28,11 +28,10 @@ QByteArray htmlPage(const QString& title, const QString& text) {
         .toUtf8();
 }
 
-// Statements that write without needing an account.
+// Statements that write without needing an account (error reports have a share of their own).
 bool writesAnonymously(const QString& procedure) {
     const QString name = procedure.toLower();
-    return name == QStringLiteral("tl_forgotpassword") || name == QStringLiteral("tl_sendemail") ||
-           name == QStringLiteral("loganomaly");
+    return name == QStringLiteral("tl_forgotpassword") || name == QStringLiteral("tl_sendemail");
 }
 
 QByteArray sessionCookie(const QString& token) {

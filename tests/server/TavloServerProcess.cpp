@@ -25,13 +25,31 @@ TavloServerProcess::TavloServerProcess(Data data, const QStringList& serveArgume
     } else {
         m_dbUrl = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("tavlo.db"));
     }
+    m_serveArguments = serveArguments;
     const QString setup =
         run({data == Data::Demo ? QStringLiteral("demo") : QStringLiteral("init")});
+    if (!launch(0))
+        m_failure = QStringLiteral("the server didn't start: ") + setup + log();
+}
+
+bool TavloServerProcess::restart() {
+    log();
+    StopChild(m_process);
+    const int port = m_port;
+    m_port = 0;
+    return launch(port);
+}
+
+qint64 TavloServerProcess::pid() const {
+    return m_process.processId();
+}
+
+bool TavloServerProcess::launch(int port) {
     m_process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
-    m_process.start(executable(),
-                    QStringList{QStringLiteral("serve"), QStringLiteral("--listen"),
-                                QStringLiteral("127.0.0.1:0"), QStringLiteral("--db"), m_dbUrl} +
-                        serveArguments);
+    m_process.start(executable(), QStringList{QStringLiteral("serve"), QStringLiteral("--listen"),
+                                              QStringLiteral("127.0.0.1:%1").arg(port),
+                                              QStringLiteral("--db"), m_dbUrl} +
+                                      m_serveArguments);
     QElapsedTimer waited;
     waited.start();
     static const QRegularExpression listening(
@@ -43,10 +61,10 @@ TavloServerProcess::TavloServerProcess(Data data, const QStringList& serveArgume
         const auto match = listening.match(out);
         if (match.hasMatch()) {
             m_port = match.captured(1).toInt();
-            return;
+            return true;
         }
     }
-    m_failure = QStringLiteral("the server didn't start: ") + setup + log();
+    return false;
 }
 
 bool TavloServerProcess::mayBeSkipped() const {

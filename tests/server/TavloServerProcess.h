@@ -30,6 +30,9 @@ public:
     QString run(const QStringList& arguments, int* exitCode = nullptr);
     // What the server wrote to its error output so far.
     QString log();
+    // Stops the server and starts it again on the same port and database.
+    bool restart();
+    qint64 pid() const;
 
     static QString executable();
     static bool postgresRequested();
@@ -37,7 +40,9 @@ public:
 private:
     QTemporaryDir m_dir;
     std::unique_ptr<PgInstance> m_pg;
+    bool launch(int port);
     QString m_dbUrl;
+    QStringList m_serveArguments;
     QProcess m_process;
     QString m_log;
     QString m_failure;
