@@ -2,19 +2,28 @@
 
 #include "store/Database.h"
 #include "store/SessionStore.h"
+#include <QDateTime>
+#include <QHash>
+#include <QMutex>
 
 namespace {
 
 // The right to change another person's status.
 constexpr qint64 kChangeOthersStatus = 10000016;
+constexpr qint64 kKeepMs = 10'000;
 
-} // namespace
+struct Kept {
+    Caller caller;
+    qint64 at = 0;
+    quint64 generation = 0;
+};
 
-Caller CallerOf(Database& db, const QString& sessionToken, const QString& peer) {
+QMutex g_lock;
+QHash<QString, Kept> g_kept;
+
+Caller lookUp(Database& db, const QString& sessionToken, const QString& peer) {
     Caller caller;
     caller.peer = peer;
-    if (sessionToken.isEmpty())
-        return caller;
     const auto userSys = SessionStore::UserOf(db, sessionToken);
     if (!userSys)
         return caller;
@@ -32,5 +41,36 @@ Caller CallerOf(Database& db, const QString& sessionToken, const QString& peer) 
     caller.organizationSys = q.value(1).toLongLong();
     caller.emailAddress = q.value(2).toString();
     caller.mayChangeOthersStatus = q.value(3).toBool();
+    return caller;
+}
+
+} // namespace
+
+Caller CallerOf(Database& db, const QString& sessionToken, const QString& peer) {
+    if (sessionToken.isEmpty()) {
+        Caller anonymous;
+        anonymous.peer = peer;
+        return anonymous;
+    }
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const quint64 generation = SessionStore::Generation();
+    {
+        QMutexLocker hold(&g_lock);
+        const auto found = g_kept.constFind(sessionToken);
+        if (found != g_kept.cend() && found->generation == generation &&
+            now - found->at < kKeepMs) {
+            Caller caller = found->caller;
+            caller.peer = peer;
+            return caller;
+        }
+    }
+    const Caller caller = lookUp(db, sessionToken, peer);
+    QMutexLocker hold(&g_lock);
+    if (g_kept.size() > 20'000)
+        g_kept.clear();
+    if (caller.signedIn())
+        g_kept.insert(sessionToken, {caller, now, generation});
+    else
+        g_kept.remove(sessionToken);
     return caller;
 }

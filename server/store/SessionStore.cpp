@@ -3,6 +3,7 @@
 #include "Database.h"
 #include <QCryptographicHash>
 #include <QDateTime>
+#include <atomic>
 #include <sodium.h>
 
 namespace SessionStore {
@@ -22,6 +23,8 @@ QString stamp(const QDateTime& moment) {
 QDateTime now() {
     return QDateTime::currentDateTimeUtc();
 }
+
+std::atomic<quint64> g_generation{0};
 
 } // namespace
 
@@ -65,13 +68,19 @@ std::optional<qint64> UserOf(Database& db, const QString& token) {
     return userSys;
 }
 
+quint64 Generation() {
+    return g_generation.load();
+}
+
 void Close(Database& db, const QString& token) {
+    ++g_generation;
     db.writeQuietly([&] {
         db.exec(QStringLiteral("DELETE FROM websession WHERE tokenhash = ?"), {hashOf(token)});
     });
 }
 
 void CloseAllOf(Database& db, qint64 userSys) {
+    ++g_generation;
     db.writeQuietly(
         [&] { db.exec(QStringLiteral("DELETE FROM websession WHERE usersys = ?"), {userSys}); });
 }

@@ -25,6 +25,9 @@ int PurgeLapsed(Database& db);
 // The Set-Cookie value that hands out the token (HttpOnly, SameSite=Strict, Secure when
 // asked), or with an empty token one that ends the session in the browser.
 QByteArray SetCookie(const QString& token, bool secure);
+// Goes up whenever this process ends a session, so that copies of callers kept elsewhere
+// can tell they may be stale.
+quint64 Generation();
 // The token in a Cookie header, or an empty text.
 QString TokenIn(const QString& cookieHeader);
 

@@ -24,8 +24,10 @@ RecordingGateway::RecordingGateway(QString serverBaseUrl) : m_server(std::move(s
         if (fails && fails(sql))
             return TestHttpServer::Answer{200, "text/html",
                                           "<html><body>Internal error</body></html>"};
-        const auto reply = wire::postStatement(
-            {m_server, sql, QString::fromLatin1(request.header("lastCached")), 10000});
+        wire::GatewayRequest forward{m_server, sql,
+                                     QString::fromLatin1(request.header("lastCached")), 10000};
+        forward.cookies = &m_cookies; // the session of the client behind this gateway
+        const auto reply = wire::postStatement(forward);
         return TestHttpServer::Answer{reply.transportOk ? int(reply.httpStatus) : 502, "text/xml",
                                       reply.body};
     });

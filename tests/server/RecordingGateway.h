@@ -1,13 +1,16 @@
 #pragma once
 
 #include "TestHttpServer.h"
+#include "wire/CookieJar.h"
 #include <QMutex>
 #include <QString>
 #include <QStringList>
 #include <functional>
 
 // Stands between the client and a real server: passes every statement on unchanged and keeps
-// each one, decoded, in the order it came, so a test can check what the client sent.
+// each one, decoded, in the order it came, so a test can check what the client sent. It holds
+// the server's session cookie for the one client behind it, as that client's own HTTP layer
+// would.
 class RecordingGateway {
 public:
     explicit RecordingGateway(QString serverBaseUrl);
@@ -22,6 +25,7 @@ public:
     void clear();
 
 private:
+    wire::CookieJar m_cookies; // before m_front, whose handler uses it
     TestHttpServer m_front;
     QString m_server;
     mutable QMutex m_lock;
