@@ -11,6 +11,7 @@
 #include "mail/Outbox.h"
 #include "store/Database.h"
 #include "store/DemoOrganisation.h"
+#include "store/PasswordHash.h"
 #include "store/Release.h"
 #include "store/Retention.h"
 #include <QCommandLineParser>
@@ -82,6 +83,9 @@ int serve(Database& db, const QString& listen, const QString& smtp, const QStrin
     }
     ServerSettings::Set(settings);
     raiseFileLimit();
+    // The dummy hash that unknown user names are checked against is made now, so that even
+    // the first one costs what a wrong password does.
+    PasswordHash::verifyNobody(QString());
     const qsizetype colon = listen.lastIndexOf(QLatin1Char(':'));
     bool portOk = false;
     const int port = colon > 0 ? listen.mid(colon + 1).toInt(&portOk) : 0;
