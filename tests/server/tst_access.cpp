@@ -50,11 +50,6 @@ qint64 peakResidentKb(qint64 pid) {
     return match.hasMatch() ? match.captured(1).toLongLong() : -1;
 }
 
-double medianMs(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 } // namespace
 
 // The gateway acts only for whoever signed in, by their rights: each rule as one table against
@@ -191,6 +186,11 @@ private slots:
               QStringList{"someone@evil.example", "Hi", own},
               QStringList{"hana@harbour.example", "Hi", own}})
             QVERIFY2(carol.refused(send.arg(bad[0], bad[1], bad[2]), 403), qPrintable(bad[0]));
+        // What a request brings into the log can't end a line or steer a terminal.
+        QVERIFY(carol.refused(
+            send.arg(QStringLiteral("x\x1b[2J@evil.example"), QStringLiteral("Hi"), own), 403));
+        QTRY_VERIFY(server->log().contains(QStringLiteral("x\\x1b[2J@evil.example")));
+        QVERIFY(!server->log().contains(QChar(0x1b)));
         QVERIFY(
             carol.write(send.arg(QStringLiteral("bob@demo.example"), QStringLiteral("Hi"), own)));
         QVERIFY(carol.write(send.arg(QStringLiteral("help@norvane.example"), QStringLiteral("Help"),
@@ -232,7 +232,7 @@ private slots:
         ServerClient guesser(server->baseUrl());
         std::vector<double> unknown, wrong;
         QElapsedTimer clock;
-        for (int round = 0; round < 3; ++round) {
+        for (int round = 0; round < 4; ++round) {
             for (int i = 0; i < 2; ++i) {
                 clock.start();
                 guesser.post(QStringLiteral("EXEC LoginCheck 'nobody%1','x'").arg(i));
@@ -243,7 +243,9 @@ private slots:
             }
             QVERIFY(guesser.signIn(QStringLiteral("grace"))); // clears both counts
         }
-        const double ratio = medianMs(unknown) / medianMs(wrong);
+        // The fastest of each is the work itself, least disturbed by other processes.
+        const double ratio = *std::min_element(unknown.begin(), unknown.end()) /
+                             *std::min_element(wrong.begin(), wrong.end());
         QVERIFY2(ratio > 0.8 && ratio < 1.2, qPrintable(QString::number(ratio)));
 
         for (int i = 0; i < 5; ++i)
