@@ -1,5 +1,6 @@
 #include "wire/Cp1252.h"
 
+#include "Rows.h"
 #include <QtTest>
 #include <cerrno>
 #include <iconv.h>
@@ -53,14 +54,12 @@ private slots:
     }
 
     void charactersOutsideTheCodePageBecomeQuestionMarks_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("latin extended") << QString("\u0100\u017F") << QByteArray("??");
-        QTest::newRow("CJK") << QString("中文") << QByteArray("??");
-        QTest::newRow("C1 control with a character of its own")
-            << QString("\u0080\u009F") << QByteArray("??");
-        QTest::newRow("emoji: each half") << QString("😀") << QByteArray("??");
-        QTest::newRow("mixed") << QString("Zoë € ™ Ω") << QByteArray("Zo\xEB \x80 \x99 ?");
+        columns<QString, QByteArray>("text", "bytes");
+        row("latin extended", QString("\u0100\u017F"), QByteArray("??"));
+        row("CJK", QString("中文"), QByteArray("??"));
+        row("C1 control with a character of its own", QString("\u0080\u009F"), QByteArray("??"));
+        row("emoji: each half", QString("😀"), QByteArray("??"));
+        row("mixed", QString("Zoë € ™ Ω"), QByteArray("Zo\xEB \x80 \x99 ?"));
     }
     void charactersOutsideTheCodePageBecomeQuestionMarks() {
         QFETCH(QString, text);

@@ -1,6 +1,7 @@
 #include "wire/FormEncoding.h"
 #include "wire/Cp1252.h"
 
+#include "Rows.h"
 #include <QtTest>
 
 using namespace wire;
@@ -9,26 +10,18 @@ class FormEncodingTest : public QObject {
     Q_OBJECT
 private slots:
     void urlEncodeKeepsOnlyLettersAndDigits_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("encoded");
-        QTest::newRow("letters and digits") << "azAZ09"
-                                            << "azAZ09";
-        QTest::newRow("blank") << "a b"
-                               << "a%20b";
-        QTest::newRow("line feed and carriage return") << "\r\n"
-                                                       << "%0D%0A";
-        QTest::newRow("codes under 16") << QString("\x01\t") << "%01%09";
-        QTest::newRow("NUL") << QString(QChar(0)) << "%00";
-        QTest::newRow("SQL punctuation") << "EXEC x 'O''Neil',5;--"
-                                         << "EXEC%20x%20%27O%27%27Neil%27%2C5%3B%2D%2D";
-        QTest::newRow("unreserved marks too") << "-_.~+*%"
-                                              << "%2D%5F%2E%7E%2B%2A%25";
-        QTest::newRow("non-ASCII in the code page") << "é€ÿ"
-                                                    << "%E9%80%FF";
-        QTest::newRow("outside the code page") << "中"
-                                               << "%3F";
-        QTest::newRow("empty") << ""
-                               << "";
+        columns<QString, QString>("text", "encoded");
+        row("letters and digits", "azAZ09", "azAZ09");
+        row("blank", "a b", "a%20b");
+        row("line feed and carriage return", "\r\n", "%0D%0A");
+        row("codes under 16", QString("\x01\t"), "%01%09");
+        row("NUL", QString(QChar(0)), "%00");
+        row("SQL punctuation", "EXEC x 'O''Neil',5;--",
+            "EXEC%20x%20%27O%27%27Neil%27%2C5%3B%2D%2D");
+        row("unreserved marks too", "-_.~+*%", "%2D%5F%2E%7E%2B%2A%25");
+        row("non-ASCII in the code page", "é€ÿ", "%E9%80%FF");
+        row("outside the code page", "中", "%3F");
+        row("empty", "", "");
     }
     void urlEncodeKeepsOnlyLettersAndDigits() {
         QFETCH(QString, text);
@@ -37,19 +30,17 @@ private slots:
     }
 
     void fieldDecodesOneField_data() {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("value");
-        QTest::newRow("the gateway's body")
-            << QByteArray("strSQL=EXEC%20x%20%27a%27%2C5") << "EXEC x 'a',5";
-        QTest::newRow("plus is a blank") << QByteArray("strSQL=a+b") << "a b";
-        QTest::newRow("single-byte text") << QByteArray("strSQL=Zo%EB%20%80") << "Zoë €";
-        QTest::newRow("among others") << QByteArray("x=1&strSQL=%0D%0A&y=%41") << "\r\n";
-        QTest::newRow("lower-case hex") << QByteArray("strSQL=%e9") << "é";
-        QTest::newRow("empty value") << QByteArray("strSQL=") << "";
-        QTest::newRow("no equals sign") << QByteArray("strSQL") << "";
-        QTest::newRow("empty pairs") << QByteArray("&&strSQL=a&") << "a";
-        QTest::newRow("encoded name") << QByteArray("str%53QL=a") << "a";
-        QTest::newRow("bad escape in another field's value") << QByteArray("x=%G1&strSQL=a") << "a";
+        columns<QByteArray, QString>("body", "value");
+        row("the gateway's body", QByteArray("strSQL=EXEC%20x%20%27a%27%2C5"), "EXEC x 'a',5");
+        row("plus is a blank", QByteArray("strSQL=a+b"), "a b");
+        row("single-byte text", QByteArray("strSQL=Zo%EB%20%80"), "Zoë €");
+        row("among others", QByteArray("x=1&strSQL=%0D%0A&y=%41"), "\r\n");
+        row("lower-case hex", QByteArray("strSQL=%e9"), "é");
+        row("empty value", QByteArray("strSQL="), "");
+        row("no equals sign", QByteArray("strSQL"), "");
+        row("empty pairs", QByteArray("&&strSQL=a&"), "a");
+        row("encoded name", QByteArray("str%53QL=a"), "a");
+        row("bad escape in another field's value", QByteArray("x=%G1&strSQL=a"), "a");
     }
     void fieldDecodesOneField() {
         QFETCH(QByteArray, body);
@@ -61,17 +52,15 @@ private slots:
     }
 
     void fieldRefusesWhatItCannotTrust_data() {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("missing") << QByteArray("sql=x") << "missing";
-        QTest::newRow("empty body") << QByteArray() << "missing";
-        QTest::newRow("repeated") << QByteArray("strSQL=a&strSQL=b") << "more than once";
-        QTest::newRow("repeated, once encoded")
-            << QByteArray("strSQL=a&str%53QL=b") << "more than once";
-        QTest::newRow("escape cut short") << QByteArray("strSQL=ab%4") << "escape";
-        QTest::newRow("percent at the end") << QByteArray("strSQL=ab%") << "escape";
-        QTest::newRow("not hex") << QByteArray("strSQL=%zz") << "escape";
-        QTest::newRow("bad escape in a name") << QByteArray("%x=1&strSQL=a") << "escape";
+        columns<QByteArray, QString>("body", "reason");
+        row("missing", QByteArray("sql=x"), "missing");
+        row("empty body", QByteArray(), "missing");
+        row("repeated", QByteArray("strSQL=a&strSQL=b"), "more than once");
+        row("repeated, once encoded", QByteArray("strSQL=a&str%53QL=b"), "more than once");
+        row("escape cut short", QByteArray("strSQL=ab%4"), "escape");
+        row("percent at the end", QByteArray("strSQL=ab%"), "escape");
+        row("not hex", QByteArray("strSQL=%zz"), "escape");
+        row("bad escape in a name", QByteArray("%x=1&strSQL=a"), "escape");
     }
     void fieldRefusesWhatItCannotTrust() {
         QFETCH(QByteArray, body);

@@ -1,6 +1,7 @@
 #include "wire/GatewayPost.h"
 #include "TestHttpServer.h"
 
+#include "Rows.h"
 #include <QtTest>
 #include <arpa/inet.h>
 #include <atomic>
@@ -138,11 +139,9 @@ private slots:
     }
 
     void theRequestHeadIsTheClients_data() {
-        QTest::addColumn<QString>("lastCached");
-        QTest::addColumn<QByteArray>("line");
-        QTest::newRow("a moment") << "1/2/2024 9:13:00 AM"
-                                  << QByteArray("lastCached: 1/2/2024 9:13:00 AM");
-        QTest::newRow("empty, still sent") << "" << QByteArray("lastCached:");
+        columns<QString, QByteArray>("lastCached", "line");
+        row("a moment", "1/2/2024 9:13:00 AM", QByteArray("lastCached: 1/2/2024 9:13:00 AM"));
+        row("empty, still sent", "", QByteArray("lastCached:"));
     }
     void theRequestHeadIsTheClients() {
         QFETCH(QString, lastCached);
@@ -163,12 +162,11 @@ private slots:
     }
 
     void theStatusCodeDecidesNothing_data() {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::newRow("rowset with 404") << 404 << kRowset;
-        QTest::newRow("rowset with 500") << 500 << kRowset;
-        QTest::newRow("empty 200") << 200 << QByteArray();
-        QTest::newRow("error page") << 500 << QByteArray("<html><body>Error</body></html>");
+        columns<int, QByteArray>("status", "body");
+        row("rowset with 404", 404, kRowset);
+        row("rowset with 500", 500, kRowset);
+        row("empty 200", 200, QByteArray());
+        row("error page", 500, QByteArray("<html><body>Error</body></html>"));
     }
     void theStatusCodeDecidesNothing() {
         QFETCH(int, status);
@@ -182,11 +180,11 @@ private slots:
     }
 
     void transportFailuresAreTold_data() {
-        QTest::addColumn<QString>("kind");
-        QTest::newRow("refused") << "refused";
-        QTest::newRow("reset") << "reset";
-        QTest::newRow("timed out") << "timeout";
-        QTest::newRow("unresolvable") << "unresolvable";
+        columns<QString>("kind");
+        row("refused", "refused");
+        row("reset", "reset");
+        row("timed out", "timeout");
+        row("unresolvable", "unresolvable");
     }
     void transportFailuresAreTold() {
         QFETCH(QString, kind);

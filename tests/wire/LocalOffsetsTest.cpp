@@ -1,5 +1,6 @@
 #include "wire/LocalOffsets.h"
 
+#include "Rows.h"
 #include <QtTest>
 #include <ctime>
 
@@ -34,20 +35,15 @@ class LocalOffsetsTest : public QObject {
     Q_OBJECT
 private slots:
     void clockChangeDays_data() {
-        QTest::addColumn<QByteArray>("zone");
-        QTest::addColumn<QDate>("day");
-        QTest::addColumn<int>("skipped"); // quarter hours the clock skips that day
-        QTest::newRow("Berlin, spring") << QByteArray("Europe/Berlin") << QDate(2024, 3, 31) << 4;
-        QTest::newRow("Berlin, autumn") << QByteArray("Europe/Berlin") << QDate(2024, 10, 27) << 0;
-        QTest::newRow("New York, spring")
-            << QByteArray("America/New_York") << QDate(2024, 3, 10) << 4;
-        QTest::newRow("New York, autumn")
-            << QByteArray("America/New_York") << QDate(2024, 11, 3) << 0;
-        QTest::newRow("Lord Howe, half-hour shift")
-            << QByteArray("Australia/Lord_Howe") << QDate(2024, 4, 7) << 0;
-        QTest::newRow("Lord Howe, half-hour gap")
-            << QByteArray("Australia/Lord_Howe") << QDate(2024, 10, 6) << 2;
-        QTest::newRow("Kolkata") << QByteArray("Asia/Kolkata") << QDate(2024, 6, 1) << 0;
+        // quarter hours the clock skips that day
+        columns<QByteArray, QDate, int>("zone", "day", "skipped");
+        row("Berlin, spring", QByteArray("Europe/Berlin"), QDate(2024, 3, 31), 4);
+        row("Berlin, autumn", QByteArray("Europe/Berlin"), QDate(2024, 10, 27), 0);
+        row("New York, spring", QByteArray("America/New_York"), QDate(2024, 3, 10), 4);
+        row("New York, autumn", QByteArray("America/New_York"), QDate(2024, 11, 3), 0);
+        row("Lord Howe, half-hour shift", QByteArray("Australia/Lord_Howe"), QDate(2024, 4, 7), 0);
+        row("Lord Howe, half-hour gap", QByteArray("Australia/Lord_Howe"), QDate(2024, 10, 6), 2);
+        row("Kolkata", QByteArray("Asia/Kolkata"), QDate(2024, 6, 1), 0);
     }
     void clockChangeDays() {
         QFETCH(QByteArray, zone);

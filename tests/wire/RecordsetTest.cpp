@@ -2,6 +2,8 @@
 #include "wire/ComError.h"
 #include "wire/RowsetReader.h"
 
+#include "Rows.h"
+#include "WireSample.h"
 #include <QFile>
 #include <QtTest>
 
@@ -10,10 +12,7 @@ using namespace wire;
 namespace {
 
 Rowset board() {
-    QFile f(QStringLiteral(TAVLO_WIRE_SAMPLES "/board.xml"));
-    if (!f.open(QIODevice::ReadOnly))
-        qFatal("missing board sample");
-    return RowsetReader::read(f.readAll());
+    return RowsetReader::read(sample("board.xml"));
 }
 
 template <class F> std::optional<ComError> failureOf(F&& f) {
@@ -91,9 +90,9 @@ private slots:
     }
 
     void readingWithoutACurrentRecordRaises3021_data() {
-        QTest::addColumn<bool>("empty");
-        QTest::newRow("past the last record") << false;
-        QTest::newRow("empty recordset") << true;
+        columns<bool>("empty");
+        row("past the last record", false);
+        row("empty recordset", true);
     }
     void readingWithoutACurrentRecordRaises3021() {
         QFETCH(bool, empty);

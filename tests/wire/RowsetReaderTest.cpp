@@ -1,6 +1,8 @@
 #include "wire/RowsetReader.h"
 #include "wire/ComError.h"
 
+#include "Rows.h"
+#include "WireSample.h"
 #include <QDateTime>
 #include <QFile>
 #include <QtTest>
@@ -8,13 +10,6 @@
 using namespace wire;
 
 namespace {
-
-QByteArray sample(const char* name) {
-    QFile f(QStringLiteral(TAVLO_WIRE_SAMPLES "/") + QLatin1String(name));
-    if (!f.open(QIODevice::ReadOnly))
-        qFatal("missing sample %s", name);
-    return f.readAll();
-}
 
 int columnOf(const Rowset& r, const QString& name) {
     for (std::size_t i = 0; i < r.columns.size(); ++i) {
@@ -122,12 +117,10 @@ private slots:
     }
 
     void emptyDataPartGivesColumnsAndNoRows_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<int>("columns");
-        QTest::newRow("sign-in that found nobody") << sample("empty.xml") << 6;
-        QTest::newRow("open and close") << withData("<rs:data>\n</rs:data>") << 1;
-        QTest::newRow("only foreign elements")
-            << withData("<rs:data><z:other a='1'/></rs:data>") << 1;
+        columns<QByteArray, int>("bytes", "columns");
+        row("sign-in that found nobody", sample("empty.xml"), 6);
+        row("open and close", withData("<rs:data>\n</rs:data>"), 1);
+        row("only foreign elements", withData("<rs:data><z:other a='1'/></rs:data>"), 1);
     }
     void emptyDataPartGivesColumnsAndNoRows() {
         QFETCH(QByteArray, bytes);
@@ -138,42 +131,33 @@ private slots:
     }
 
     void everyTypeReadsAsItsValue_data() {
-        QTest::addColumn<QString>("column");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QVariant>("expected");
+        columns<QString, int, QVariant>("column", "type", "expected");
         const auto ll = [](qlonglong v) { return QVariant(v); };
-        QTest::newRow("int") << "int" << int(FieldType::Int) << ll(-2147483648LL);
-        QTest::newRow("i1") << "i1" << int(FieldType::I1) << ll(-128);
-        QTest::newRow("i2") << "i2" << int(FieldType::I2) << ll(-32768);
-        QTest::newRow("i4") << "i4" << int(FieldType::I4) << ll(2147483647);
-        QTest::newRow("i8") << "i8" << int(FieldType::I8)
-                            << ll(std::numeric_limits<qlonglong>::min());
-        QTest::newRow("ui1") << "ui1" << int(FieldType::UI1) << ll(255);
-        QTest::newRow("ui2") << "ui2" << int(FieldType::UI2) << ll(65535);
-        QTest::newRow("ui4") << "ui4" << int(FieldType::UI4) << ll(4294967295LL);
-        QTest::newRow("ui8") << "ui8" << int(FieldType::UI8)
-                             << QVariant(std::numeric_limits<qulonglong>::max());
-        QTest::newRow("r4") << "r4" << int(FieldType::R4) << QVariant(3.1400001);
-        QTest::newRow("float") << "float" << int(FieldType::Float) << QVariant(-0.0025);
-        QTest::newRow("currency") << "money" << int(FieldType::Number) << QVariant(1234.5678);
-        QTest::newRow("numeric") << "numeric" << int(FieldType::Number) << QVariant(-12.5);
-        QTest::newRow("decimal") << "decimal" << int(FieldType::Number)
-                                 << QVariant(99999999999999.9999);
-        QTest::newRow("boolean") << "bit" << int(FieldType::Boolean) << QVariant(true);
-        QTest::newRow("dateTime") << "stamp" << int(FieldType::DateTime)
-                                  << QVariant(
-                                         QDateTime(QDate(2024, 2, 29), QTime(23, 59, 59, 997)));
-        QTest::newRow("date") << "day" << int(FieldType::Date) << QVariant(QDate(2024, 2, 29));
-        QTest::newRow("time") << "clock" << int(FieldType::Time) << QVariant(QTime(9, 13));
-        QTest::newRow("uuid") << "guid" << int(FieldType::Uuid)
-                              << QVariant(QString("{6F9619FF-8B86-D011-B42D-00C04FC964FF}"));
-        QTest::newRow("string") << "text" << int(FieldType::String) << QVariant(QString("plain"));
-        QTest::newRow("bin.hex") << "blob" << int(FieldType::BinHex)
-                                 << QVariant(QByteArray::fromHex("00ff10ab"));
-        QTest::newRow("type on AttributeType")
-            << "flag" << int(FieldType::Boolean) << QVariant(false);
-        QTest::newRow("unknown type is text")
-            << "odd" << int(FieldType::String) << QVariant(QString("42"));
+        row("int", "int", int(FieldType::Int), ll(-2147483648LL));
+        row("i1", "i1", int(FieldType::I1), ll(-128));
+        row("i2", "i2", int(FieldType::I2), ll(-32768));
+        row("i4", "i4", int(FieldType::I4), ll(2147483647));
+        row("i8", "i8", int(FieldType::I8), ll(std::numeric_limits<qlonglong>::min()));
+        row("ui1", "ui1", int(FieldType::UI1), ll(255));
+        row("ui2", "ui2", int(FieldType::UI2), ll(65535));
+        row("ui4", "ui4", int(FieldType::UI4), ll(4294967295LL));
+        row("ui8", "ui8", int(FieldType::UI8), QVariant(std::numeric_limits<qulonglong>::max()));
+        row("r4", "r4", int(FieldType::R4), QVariant(3.1400001));
+        row("float", "float", int(FieldType::Float), QVariant(-0.0025));
+        row("currency", "money", int(FieldType::Number), QVariant(1234.5678));
+        row("numeric", "numeric", int(FieldType::Number), QVariant(-12.5));
+        row("decimal", "decimal", int(FieldType::Number), QVariant(99999999999999.9999));
+        row("boolean", "bit", int(FieldType::Boolean), QVariant(true));
+        row("dateTime", "stamp", int(FieldType::DateTime),
+            QVariant(QDateTime(QDate(2024, 2, 29), QTime(23, 59, 59, 997))));
+        row("date", "day", int(FieldType::Date), QVariant(QDate(2024, 2, 29)));
+        row("time", "clock", int(FieldType::Time), QVariant(QTime(9, 13)));
+        row("uuid", "guid", int(FieldType::Uuid),
+            QVariant(QString("{6F9619FF-8B86-D011-B42D-00C04FC964FF}")));
+        row("string", "text", int(FieldType::String), QVariant(QString("plain")));
+        row("bin.hex", "blob", int(FieldType::BinHex), QVariant(QByteArray::fromHex("00ff10ab")));
+        row("type on AttributeType", "flag", int(FieldType::Boolean), QVariant(false));
+        row("unknown type is text", "odd", int(FieldType::String), QVariant(QString("42")));
     }
     void everyTypeReadsAsItsValue() {
         QFETCH(QString, column);
@@ -199,17 +183,15 @@ private slots:
     }
 
     void valuesThatDoNotReadAsTheirTypeStayText_data() {
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<QByteArray>("text");
-        QTest::newRow("int with letters") << QByteArray("int") << QByteArray("12abc");
-        QTest::newRow("int beyond 64 bits")
-            << QByteArray("i8") << QByteArray("9223372036854775808");
-        QTest::newRow("empty int") << QByteArray("int") << QByteArray("");
-        QTest::newRow("float with comma") << QByteArray("float") << QByteArray("1,5");
-        QTest::newRow("boolean maybe") << QByteArray("boolean") << QByteArray("maybe");
-        QTest::newRow("13th month") << QByteArray("dateTime") << QByteArray("2024-13-01T00:00:00");
-        QTest::newRow("US date") << QByteArray("dateTime") << QByteArray("01/02/2024 9:00 AM");
-        QTest::newRow("odd hex") << QByteArray("bin.hex") << QByteArray("abc");
+        columns<QByteArray, QByteArray>("type", "text");
+        row("int with letters", QByteArray("int"), QByteArray("12abc"));
+        row("int beyond 64 bits", QByteArray("i8"), QByteArray("9223372036854775808"));
+        row("empty int", QByteArray("int"), QByteArray(""));
+        row("float with comma", QByteArray("float"), QByteArray("1,5"));
+        row("boolean maybe", QByteArray("boolean"), QByteArray("maybe"));
+        row("13th month", QByteArray("dateTime"), QByteArray("2024-13-01T00:00:00"));
+        row("US date", QByteArray("dateTime"), QByteArray("01/02/2024 9:00 AM"));
+        row("odd hex", QByteArray("bin.hex"), QByteArray("abc"));
     }
     void valuesThatDoNotReadAsTheirTypeStayText() {
         QFETCH(QByteArray, type);
@@ -259,17 +241,14 @@ private slots:
     }
 
     void textEncodings_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("lastName");
-        QTest::newRow("UTF-16LE with BOM")
-            << sample("utf16.xml") << QString("Müller – Østergård €");
+        columns<QByteArray, QString>("bytes", "lastName");
+        row("UTF-16LE with BOM", sample("utf16.xml"), QString("Müller – Østergård €"));
         QByteArray utf8 = QString::fromUtf16(reinterpret_cast<const char16_t*>(
                                                  sample("utf16.xml").constData() + 2),
                                              (sample("utf16.xml").size() - 2) / 2)
                               .toUtf8();
-        QTest::newRow("UTF-8") << utf8 << QString("Müller – Østergård €");
-        QTest::newRow("UTF-8 with BOM")
-            << QByteArray("\xEF\xBB\xBF") + utf8 << QString("Müller – Østergård €");
+        row("UTF-8", utf8, QString("Müller – Østergård €"));
+        row("UTF-8 with BOM", QByteArray("\xEF\xBB\xBF") + utf8, QString("Müller – Østergård €"));
     }
     void textEncodings() {
         QFETCH(QByteArray, bytes);
@@ -280,23 +259,23 @@ private slots:
     }
 
     void unreadableAnswersRaiseTheGenericNumber_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("blanks and line breaks") << QByteArray(" \r\n\t ");
-        QTest::newRow("IIS error page")
-            << QByteArray("<html><head><title>500 - Internal server error.</title></head>"
-                          "<body><h2>500 - Internal server error.</h2></body></html>");
-        QTest::newRow("HTML that is no XML")
-            << QByteArray("<!DOCTYPE html><html><body><p>Server Error<br></body></html>");
-        QTest::newRow("provider error text")
-            << QByteArray("Microsoft OLE DB Provider for ODBC Drivers error '80040e14'");
-        QTest::newRow("well-formed, no rowset") << QByteArray("<xml><answer ok='1'/></xml>");
-        QTest::newRow("schema in a foreign namespace")
-            << withData("<rs:data/>").replace("uuid:BDC6E3F0", "uuid:00000000");
-        QTest::newRow("schema, no data part") << QByteArray(kHead) + "</xml>";
-        QTest::newRow("UTF-16 cut in half a character") << sample("utf16.xml").chopped(1);
-        QTest::newRow("NUL inside")
-            << withData(QByteArray("<rs:data><z:row comment='a\0b'/>", 32) + "</rs:data>");
+        columns<QByteArray>("bytes");
+        row("empty", QByteArray());
+        row("blanks and line breaks", QByteArray(" \r\n\t "));
+        row("IIS error page",
+            QByteArray("<html><head><title>500 - Internal server error.</title></head>"
+                       "<body><h2>500 - Internal server error.</h2></body></html>"));
+        row("HTML that is no XML",
+            QByteArray("<!DOCTYPE html><html><body><p>Server Error<br></body></html>"));
+        row("provider error text",
+            QByteArray("Microsoft OLE DB Provider for ODBC Drivers error '80040e14'"));
+        row("well-formed, no rowset", QByteArray("<xml><answer ok='1'/></xml>"));
+        row("schema in a foreign namespace",
+            withData("<rs:data/>").replace("uuid:BDC6E3F0", "uuid:00000000"));
+        row("schema, no data part", QByteArray(kHead) + "</xml>");
+        row("UTF-16 cut in half a character", sample("utf16.xml").chopped(1));
+        row("NUL inside",
+            withData(QByteArray("<rs:data><z:row comment='a\0b'/>", 32) + "</rs:data>"));
     }
     void unreadableAnswersRaiseTheGenericNumber() {
         QFETCH(QByteArray, bytes);

@@ -1,6 +1,8 @@
 #include "wire/RowsetWriter.h"
 #include "wire/RowsetReader.h"
 
+#include "Rows.h"
+#include "WireSample.h"
 #include <QDateTime>
 #include <QFile>
 #include <QtTest>
@@ -9,13 +11,6 @@
 using namespace wire;
 
 namespace {
-
-QByteArray sample(const char* name) {
-    QFile f(QStringLiteral(TAVLO_WIRE_SAMPLES "/") + QLatin1String(name));
-    if (!f.open(QIODevice::ReadOnly))
-        qFatal("missing sample %s", name);
-    return f.readAll();
-}
 
 Column column(const QString& name, FieldType type) {
     Column c;
@@ -98,19 +93,16 @@ private slots:
     }
 
     void namesThatCannotBeAttributesGetAliases_data() {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QStringList>("attributes");
-        QTest::newRow("plain") << QStringList{"ContactSys", "_x", "Ü-ber.1"}
-                               << QStringList{"ContactSys", "_x", "Ü-ber.1"};
-        QTest::newRow("blank and symbols")
-            << QStringList{"ContactSys", "First Name", "a&b", "1st", ""}
-            << QStringList{"ContactSys", "c1", "c2", "c3", "c4"};
-        QTest::newRow("colon and xml prefix")
-            << QStringList{"rs:number", "xmlns", "XMLData"} << QStringList{"c0", "c1", "c2"};
-        QTest::newRow("duplicates")
-            << QStringList{"Name", "Name", "name"} << QStringList{"Name", "c1", "name"};
-        QTest::newRow("real names like aliases")
-            << QStringList{"c1", "Full Name", "c2"} << QStringList{"c0", "c1", "c2"};
+        columns<QStringList, QStringList>("names", "attributes");
+        row("plain", QStringList{"ContactSys", "_x", "Ü-ber.1"},
+            QStringList{"ContactSys", "_x", "Ü-ber.1"});
+        row("blank and symbols", QStringList{"ContactSys", "First Name", "a&b", "1st", ""},
+            QStringList{"ContactSys", "c1", "c2", "c3", "c4"});
+        row("colon and xml prefix", QStringList{"rs:number", "xmlns", "XMLData"},
+            QStringList{"c0", "c1", "c2"});
+        row("duplicates", QStringList{"Name", "Name", "name"}, QStringList{"Name", "c1", "name"});
+        row("real names like aliases", QStringList{"c1", "Full Name", "c2"},
+            QStringList{"c0", "c1", "c2"});
     }
     void namesThatCannotBeAttributesGetAliases() {
         QFETCH(QStringList, names);
@@ -144,8 +136,7 @@ private slots:
     }
 
     void everyTypeSurvivesTheRoundTrip_data() {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QVariantList>("values");
+        columns<int, QVariantList>("type", "values");
         const auto ints = [](std::initializer_list<qlonglong> l) {
             QVariantList out;
             for (qlonglong v : l)
@@ -160,53 +151,43 @@ private slots:
         };
         const qlonglong lo = std::numeric_limits<qlonglong>::min();
         const qlonglong hi = std::numeric_limits<qlonglong>::max();
-        QTest::newRow("int") << int(FieldType::Int) << ints({0, -1, 2147483647, -2147483648LL});
-        QTest::newRow("i1") << int(FieldType::I1) << ints({-128, 127});
-        QTest::newRow("i2") << int(FieldType::I2) << ints({-32768, 32767});
-        QTest::newRow("i4") << int(FieldType::I4) << ints({-7, 2147483647});
-        QTest::newRow("i8") << int(FieldType::I8) << ints({lo, hi, 0});
-        QTest::newRow("ui1") << int(FieldType::UI1) << ints({0, 255});
-        QTest::newRow("ui2") << int(FieldType::UI2) << ints({65535});
-        QTest::newRow("ui4") << int(FieldType::UI4) << ints({4294967295LL});
-        QTest::newRow("ui8") << int(FieldType::UI8)
-                             << QVariantList{QVariant(std::numeric_limits<qulonglong>::max()),
-                                             QVariant(qulonglong(0))};
-        QTest::newRow("r4") << int(FieldType::R4) << doubles({double(3.14f), 0.0, -1.5e-30});
-        QTest::newRow("float") << int(FieldType::Float)
-                               << doubles({0.1, -0.0, 1e308, 4.9e-324, 1.0 / 3.0,
-                                           std::numeric_limits<double>::infinity(),
-                                           std::numeric_limits<double>::quiet_NaN()});
-        QTest::newRow("number") << int(FieldType::Number) << doubles({1234.5678, -12.5, 1e15});
-        QTest::newRow("boolean") << int(FieldType::Boolean)
-                                 << QVariantList{QVariant(true), QVariant(false)};
-        QTest::newRow("dateTime")
-            << int(FieldType::DateTime)
-            << QVariantList{QDateTime(QDate(2024, 1, 1), QTime(9, 13)),
-                            QDateTime(QDate(1899, 12, 30), QTime(0, 0, 0, 1)),
-                            QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999)),
-                            QDateTime(QDate(2024, 6, 1), QTime(8, 0), Qt::UTC),
-                            QDateTime(QDate(2024, 6, 1), QTime(8, 0), Qt::OffsetFromUTC, -16200)};
-        QTest::newRow("date") << int(FieldType::Date)
-                              << QVariantList{QDate(2024, 2, 29), QDate(1753, 1, 1)};
-        QTest::newRow("time") << int(FieldType::Time)
-                              << QVariantList{QTime(0, 0), QTime(23, 59, 59, 5)};
-        QTest::newRow("uuid") << int(FieldType::Uuid)
-                              << QVariantList{QString("{6F9619FF-8B86-D011-B42D-00C04FC964FF}")};
+        row("int", int(FieldType::Int), ints({0, -1, 2147483647, -2147483648LL}));
+        row("i1", int(FieldType::I1), ints({-128, 127}));
+        row("i2", int(FieldType::I2), ints({-32768, 32767}));
+        row("i4", int(FieldType::I4), ints({-7, 2147483647}));
+        row("i8", int(FieldType::I8), ints({lo, hi, 0}));
+        row("ui1", int(FieldType::UI1), ints({0, 255}));
+        row("ui2", int(FieldType::UI2), ints({65535}));
+        row("ui4", int(FieldType::UI4), ints({4294967295LL}));
+        row("ui8", int(FieldType::UI8),
+            QVariantList{QVariant(std::numeric_limits<qulonglong>::max()),
+                         QVariant(qulonglong(0))});
+        row("r4", int(FieldType::R4), doubles({double(3.14f), 0.0, -1.5e-30}));
+        row("float", int(FieldType::Float),
+            doubles({0.1, -0.0, 1e308, 4.9e-324, 1.0 / 3.0, std::numeric_limits<double>::infinity(),
+                     std::numeric_limits<double>::quiet_NaN()}));
+        row("number", int(FieldType::Number), doubles({1234.5678, -12.5, 1e15}));
+        row("boolean", int(FieldType::Boolean), QVariantList{QVariant(true), QVariant(false)});
+        row("dateTime", int(FieldType::DateTime),
+            QVariantList{QDateTime(QDate(2024, 1, 1), QTime(9, 13)),
+                         QDateTime(QDate(1899, 12, 30), QTime(0, 0, 0, 1)),
+                         QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59, 999)),
+                         QDateTime(QDate(2024, 6, 1), QTime(8, 0), Qt::UTC),
+                         QDateTime(QDate(2024, 6, 1), QTime(8, 0), Qt::OffsetFromUTC, -16200)});
+        row("date", int(FieldType::Date), QVariantList{QDate(2024, 2, 29), QDate(1753, 1, 1)});
+        row("time", int(FieldType::Time), QVariantList{QTime(0, 0), QTime(23, 59, 59, 5)});
+        row("uuid", int(FieldType::Uuid),
+            QVariantList{QString("{6F9619FF-8B86-D011-B42D-00C04FC964FF}")});
         QByteArray allBytes;
         for (int i = 0; i < 256; ++i)
             allBytes.append(char(i));
-        QTest::newRow("bin.hex") << int(FieldType::BinHex)
-                                 << QVariantList{allBytes, QByteArray("")};
-        QTest::newRow("string") << int(FieldType::String)
-                                << QVariantList{QString(""),
-                                                QString("  padded  "),
-                                                QString("Zoë € 中文 😀"),
-                                                QString("ctl \x01\x02\x1f\x7f"),
-                                                QString("\t\r\n"),
-                                                QString("]]> <!-- &amp; -->"),
-                                                QString("'\"")};
-        QTest::newRow("text kept in a typed column")
-            << int(FieldType::Int) << QVariantList{QString("12abc"), QString("")};
+        row("bin.hex", int(FieldType::BinHex), QVariantList{allBytes, QByteArray("")});
+        row("string", int(FieldType::String),
+            QVariantList{QString(""), QString("  padded  "), QString("Zoë € 中文 😀"),
+                         QString("ctl \x01\x02\x1f\x7f"), QString("\t\r\n"),
+                         QString("]]> <!-- &amp; -->"), QString("'\"")});
+        row("text kept in a typed column", int(FieldType::Int),
+            QVariantList{QString("12abc"), QString("")});
     }
     void everyTypeSurvivesTheRoundTrip() {
         QFETCH(int, type);
@@ -239,10 +220,10 @@ private slots:
 
     // Inputs the fuzzer found: each must read, write and read back to the same rowset.
     void fuzzFindingsStayFixed_data() {
-        QTest::addColumn<QString>("path");
+        columns<QString>("path");
         const QDir dir(TAVLO_WIRE_SAMPLES "/fuzz");
         for (const QString& name : dir.entryList(QDir::Files))
-            QTest::newRow(qPrintable(name)) << dir.filePath(name);
+            row(qPrintable(name), dir.filePath(name));
     }
     void fuzzFindingsStayFixed() {
         QFETCH(QString, path);
@@ -256,10 +237,10 @@ private slots:
     }
 
     void samplesReadWriteReadUnchanged_data() {
-        QTest::addColumn<QString>("name");
+        columns<QString>("name");
         for (const char* n : {"board.xml", "alltypes.xml", "pending.xml", "versioncheck.xml",
                               "empty.xml", "prefixes.xml", "utf16.xml"})
-            QTest::newRow(n) << QString(n);
+            row(n, QString(n));
     }
     void samplesReadWriteReadUnchanged() {
         QFETCH(QString, name);

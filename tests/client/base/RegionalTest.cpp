@@ -2,6 +2,7 @@
 #include "base/Clock.h"
 #include "base/TLError.h"
 
+#include "Rows.h"
 #include <QtTest>
 
 using namespace Regional;
@@ -10,21 +11,19 @@ class RegionalTest : public QObject {
     Q_OBJECT
 private slots:
     void numbers_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("numeric");
-        QTest::addColumn<double>("val");
-        QTest::newRow("whole") << "180" << true << 180.0;
-        QTest::newRow("blanks around") << "  42 " << true << 42.0;
-        QTest::newRow("fraction") << "0.6" << true << 0.6;
-        QTest::newRow("leading point") << ".5" << true << 0.5;
-        QTest::newRow("negative") << "-3" << true << -3.0;
-        QTest::newRow("thousands") << "1,000" << true << 1.0;
-        QTest::newRow("digits then letters") << "12ab" << false << 12.0;
-        QTest::newRow("letters") << "abc" << false << 0.0;
-        QTest::newRow("empty") << "" << false << 0.0;
-        QTest::newRow("lone sign") << "-" << false << 0.0;
-        QTest::newRow("exponent") << "1e3" << true << 1000.0;
-        QTest::newRow("blanks inside for Val") << "1 2x" << false << 12.0;
+        columns<QString, bool, double>("text", "numeric", "val");
+        row("whole", "180", true, 180.0);
+        row("blanks around", "  42 ", true, 42.0);
+        row("fraction", "0.6", true, 0.6);
+        row("leading point", ".5", true, 0.5);
+        row("negative", "-3", true, -3.0);
+        row("thousands", "1,000", true, 1.0);
+        row("digits then letters", "12ab", false, 12.0);
+        row("letters", "abc", false, 0.0);
+        row("empty", "", false, 0.0);
+        row("lone sign", "-", false, 0.0);
+        row("exponent", "1e3", true, 1000.0);
+        row("blanks inside for Val", "1 2x", false, 12.0);
     }
     void numbers() {
         QFETCH(QString, text);
@@ -47,28 +46,24 @@ private slots:
     }
 
     void dates_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QDateTime>("moment"); // invalid: no date
-        QTest::newRow("short date") << "3/7/2025" << QDateTime(QDate(2025, 3, 7), QTime(0, 0));
-        QTest::newRow("padded with time")
-            << "03/07/2025 05:05 PM" << QDateTime(QDate(2025, 3, 7), QTime(17, 5));
-        QTest::newRow("sentinel literal")
-            << "01/01/00 12:00AM" << QDateTime(QDate(2000, 1, 1), QTime(0, 0));
-        QTest::newRow("two digit year late")
-            << "1/1/99" << QDateTime(QDate(1999, 1, 1), QTime(0, 0));
-        QTest::newRow("two digit year 29") << "1/1/29" << QDateTime(QDate(2029, 1, 1), QTime(0, 0));
-        QTest::newRow("two digit year 30") << "1/1/30" << QDateTime(QDate(1930, 1, 1), QTime(0, 0));
-        QTest::newRow("unknown day")
-            << "1/1/1900 3:30 PM" << QDateTime(QDate(1900, 1, 1), QTime(15, 30));
-        QTest::newRow("iso") << "2024-01-01T09:13:00" << QDateTime(QDate(2024, 1, 1), QTime(9, 13));
-        QTest::newRow("time alone") << "8:00 AM" << QDateTime(QDate(1899, 12, 30), QTime(8, 0));
-        QTest::newRow("24 hour") << "23:30" << QDateTime(QDate(1899, 12, 30), QTime(23, 30));
-        QTest::newRow("month name") << "March 7, 2025" << QDateTime(QDate(2025, 3, 7), QTime(0, 0));
-        QTest::newRow("words") << "next week" << QDateTime();
-        QTest::newRow("empty") << "" << QDateTime();
-        QTest::newRow("bad day") << "2/30/2025" << QDateTime();
-        QTest::newRow("bare number") << "12" << QDateTime();
-        QTest::newRow("hour out of range") << "13:00 PM" << QDateTime();
+        // invalid: no date
+        columns<QString, QDateTime>("text", "moment");
+        row("short date", "3/7/2025", QDateTime(QDate(2025, 3, 7), QTime(0, 0)));
+        row("padded with time", "03/07/2025 05:05 PM", QDateTime(QDate(2025, 3, 7), QTime(17, 5)));
+        row("sentinel literal", "01/01/00 12:00AM", QDateTime(QDate(2000, 1, 1), QTime(0, 0)));
+        row("two digit year late", "1/1/99", QDateTime(QDate(1999, 1, 1), QTime(0, 0)));
+        row("two digit year 29", "1/1/29", QDateTime(QDate(2029, 1, 1), QTime(0, 0)));
+        row("two digit year 30", "1/1/30", QDateTime(QDate(1930, 1, 1), QTime(0, 0)));
+        row("unknown day", "1/1/1900 3:30 PM", QDateTime(QDate(1900, 1, 1), QTime(15, 30)));
+        row("iso", "2024-01-01T09:13:00", QDateTime(QDate(2024, 1, 1), QTime(9, 13)));
+        row("time alone", "8:00 AM", QDateTime(QDate(1899, 12, 30), QTime(8, 0)));
+        row("24 hour", "23:30", QDateTime(QDate(1899, 12, 30), QTime(23, 30)));
+        row("month name", "March 7, 2025", QDateTime(QDate(2025, 3, 7), QTime(0, 0)));
+        row("words", "next week", QDateTime());
+        row("empty", "", QDateTime());
+        row("bad day", "2/30/2025", QDateTime());
+        row("bare number", "12", QDateTime());
+        row("hour out of range", "13:00 PM", QDateTime());
     }
     void dates() {
         QFETCH(QString, text);

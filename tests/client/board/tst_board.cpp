@@ -1,4 +1,5 @@
-#include "../identity/SignInFixture.h"
+#include "SignInFixture.h"
+#include "Rows.h"
 #include "base/Twips.h"
 #include "board/frmTLView.h"
 #include "directory/TLStatusRow.h"
@@ -153,10 +154,10 @@ private slots:
     }
 
     void miniView_data() {
-        QTest::addColumn<int>("across");
-        QTest::newRow("one across") << 1;
-        QTest::newRow("five across, an exact multiple") << 5;
-        QTest::newRow("six across") << 6;
+        columns<int>("across");
+        row("one across", 1);
+        row("five across, an exact multiple", 5);
+        row("six across", 6);
     }
     void miniView() {
         QFETCH(int, across);
@@ -478,9 +479,9 @@ private slots:
 
     // The read of one's own status failing shows the gateway's box and still opens the dialog.
     void myStatusOpensTheDialogOnOneself_data() {
-        QTest::addColumn<bool>("readFails");
-        QTest::newRow("read answered") << false;
-        QTest::newRow("read fails") << true;
+        columns<bool>("readFails");
+        row("read answered", false);
+        row("read fails", true);
     }
     void myStatusOpensTheDialogOnOneself() {
         QFETCH(bool, readFails);
@@ -502,9 +503,9 @@ private slots:
     // A change of one's own record moves the active status, its comment and the panel; a
     // colleague's change leaves them alone.
     void statusChangeConcernsOnlyOnesOwn_data() {
-        QTest::addColumn<int>("contact");
-        QTest::newRow("own") << 1001;
-        QTest::newRow("colleague") << 1002;
+        columns<int>("contact");
+        row("own", 1001);
+        row("colleague", 1002);
     }
     void statusChangeConcernsOnlyOnesOwn() {
         QFETCH(int, contact);

@@ -1,5 +1,6 @@
-#include "../data/StubServerClient.h"
-#include "../platform/FreshUserFolders.h"
+#include "StubGateway.h"
+#include "FreshUserFolders.h"
+#include "Rows.h"
 #include "TestHttpServer.h"
 #include "base/MsgBox.h"
 #include "base/Screen.h"
@@ -45,7 +46,7 @@ const QStringList kColumns = {"ContactSys", "FirstName",     "LastName",
 class TestBoardFailures : public QObject {
     Q_OBJECT
     std::unique_ptr<TestHttpServer> server;
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     frmTLView& board() { return Form<frmTLView>(); }
 
@@ -62,9 +63,9 @@ private slots:
     }
 
     void anAnswerFillsTheSheet_data() {
-        QTest::addColumn<QList<int>>("contacts");
-        QTest::newRow("three people") << QList<int>{7, 8, 9};
-        QTest::newRow("nobody") << QList<int>{};
+        columns<QList<int>>("contacts");
+        row("three people", QList<int>{7, 8, 9});
+        row("nobody", QList<int>{});
     }
     void anAnswerFillsTheSheet() {
         QFETCH(QList<int>, contacts);

@@ -1,3 +1,4 @@
+#include "Rows.h"
 #include "board/ContactKeyTable.h"
 #include "board/SpreadGrid.h"
 #include "board/frmTLView.h"
@@ -154,11 +155,10 @@ private slots:
     // A load in a batch: the view meets the rows only at its end, in one insertion, and a
     // reload shows only its own rows, with nothing left of the load before.
     void batchedLoadsReplaceTheRows_data() {
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("after");
-        QTest::newRow("fewer") << 5 << 2;
-        QTest::newRow("more") << 2 << 5;
-        QTest::newRow("none") << 3 << 0;
+        columns<int, int>("before", "after");
+        row("fewer", 5, 2);
+        row("more", 2, 5);
+        row("none", 3, 0);
     }
     void batchedLoadsReplaceTheRows() {
         QFETCH(int, before);
@@ -204,19 +204,13 @@ private slots:
     }
 
     void listStatements_data() {
-        QTest::addColumn<int>("screen");
-        QTest::addColumn<int>("group");
-        QTest::addColumn<int>("location");
-        QTest::addColumn<QString>("statement");
-        QTest::newRow("all, no location")
-            << 0 << 0 << 0 << "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL";
-        QTest::newRow("all, every location")
-            << 0 << 0 << -1 << "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL";
-        QTest::newRow("group and location")
-            << 0 << 3 << 2 << "EXEC tl_GetUserStatuses 3,NULL,1,5001,2";
-        QTest::newRow("friends") << 1 << 3 << 2 << "EXEC tl_GetMyFriendsList 5001,7";
-        QTest::newRow("companies") << 2 << 0 << 0 << "EXEC tl_GetCompanyList 5001";
-        QTest::newRow("unknown list") << 5 << 0 << 0 << "";
+        columns<int, int, int, QString>("screen", "group", "location", "statement");
+        row("all, no location", 0, 0, 0, "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL");
+        row("all, every location", 0, 0, -1, "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL");
+        row("group and location", 0, 3, 2, "EXEC tl_GetUserStatuses 3,NULL,1,5001,2");
+        row("friends", 1, 3, 2, "EXEC tl_GetMyFriendsList 5001,7");
+        row("companies", 2, 0, 0, "EXEC tl_GetCompanyList 5001");
+        row("unknown list", 5, 0, 0, "");
     }
     void listStatements() {
         QFETCH(int, screen);

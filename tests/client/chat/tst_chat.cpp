@@ -1,6 +1,7 @@
-#include "../identity/SignInFixture.h"
-#include "../platform/FakeNetwork.h"
+#include "SignInFixture.h"
+#include "FakeNetwork.h"
 #include "ProsodyServer.h"
+#include "Rows.h"
 #include "board/frmTLView.h"
 #include "chat/Socket.h"
 #include "chat/frmTLChat.h"
@@ -225,22 +226,14 @@ private slots:
     // Names in bold colour (red for four characters, as "<me>"), earlier text plain, the
     // newest text bold; a "<" with no ">" runs to the end as a name.
     void colorNames_data() {
-        QTest::addColumn<QString>("log");
-        QTest::addColumn<QString>("codes");
-        QTest::newRow("me") << "<me> hi"
-                            << "RRRRkKK";
-        QTest::newRow("two lines") << "<bob> hi\r\n<me> yo"
-                                   << "BBBBBkkkRRRRkKK";
-        QTest::newRow("two letters") << "<al> x"
-                                     << "RRRRkK";
-        QTest::newRow("three letters") << "<bob> x"
-                                       << "BBBBBkK";
-        QTest::newRow("lone <") << "<bob> a < b"
-                                << "BBBBBkkkBBB";
-        QTest::newRow("< at the end") << "<bob> <"
-                                      << "BBBBBkB";
-        QTest::newRow("text before a name") << "x <bob> hi"
-                                            << "kkBBBBBkKK";
+        columns<QString, QString>("log", "codes");
+        row("me", "<me> hi", "RRRRkKK");
+        row("two lines", "<bob> hi\r\n<me> yo", "BBBBBkkkRRRRkKK");
+        row("two letters", "<al> x", "RRRRkK");
+        row("three letters", "<bob> x", "BBBBBkK");
+        row("lone <", "<bob> a < b", "BBBBBkkkBBB");
+        row("< at the end", "<bob> <", "BBBBBkB");
+        row("text before a name", "x <bob> hi", "kkBBBBBkKK");
     }
     void colorNames() {
         QFETCH(QString, log);

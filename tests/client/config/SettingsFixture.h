@@ -1,11 +1,10 @@
 #pragma once
 
+#include "BoxRecorder.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "config/TLSettings.h"
 #include "config/frmTLSettings.h"
 #include "config/modTLRegistry.h"
-#include "data/TLFunctions.h"
 #include "platform/AutoStart.h"
 #include "platform/SettingsStore.h"
 #include "shell/TLMain.h"
@@ -13,11 +12,11 @@
 #include <QSettings>
 #include <optional>
 
-// The state every settings test starts from: no stored settings, no auto-start entry, no
-// settings dialog loaded, fresh live settings, and message boxes recorded instead of shown.
+// The state every settings test starts from: no stored settings, no auto-start entry, no settings
+// dialog loaded, fresh live settings, and message boxes recorded instead of shown.
 class SettingsFixture {
 public:
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     void reset() {
         FormRegistry::instance().unloadAll();
@@ -28,11 +27,7 @@ public:
         AutoStart::Remove();
         TLMain().Settings() = TLSettings();
         TLMain().ActiveOrganization().ChatDisabled = false;
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        boxes.install();
     }
 
     static void store(const QString& name, const QString& value) {
@@ -41,6 +36,5 @@ public:
     static std::optional<QString> stored(const QString& name) {
         return SettingsStore::ReadText(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey, name);
     }
-    static QString encipher(const QString& text) { return TLMain().Functions().EncodeDecode(text); }
     static TLSettings& live() { return TLMain().Settings(); }
 };

@@ -2,6 +2,7 @@
 #include "data/TLDataAccess.h"
 #include "data/TLFunctions.h"
 
+#include "Rows.h"
 #include <QApplication>
 #include <QComboBox>
 #include <QtTest>
@@ -26,11 +27,11 @@ private slots:
     }
 
     void encodeDecodeIsItsOwnInverse_data() {
-        QTest::addColumn<QString>("text");
-        QTest::newRow("short") << QStringLiteral("secret");
-        QTest::newRow("keys wrap") << QStringLiteral("a password longer than nineteen characters");
-        QTest::newRow("high bytes") << QStringLiteral("Müller€ß");
-        QTest::newRow("empty") << QString();
+        columns<QString>("text");
+        row("short", QStringLiteral("secret"));
+        row("keys wrap", QStringLiteral("a password longer than nineteen characters"));
+        row("high bytes", QStringLiteral("Müller€ß"));
+        row("empty", QString());
     }
     void encodeDecodeIsItsOwnInverse() {
         QFETCH(QString, text);
@@ -47,19 +48,16 @@ private slots:
     }
 
     void dbIn_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("nullWhenEmpty");
-        QTest::addColumn<bool>("wildcard");
-        QTest::addColumn<QString>("result");
-        QTest::newRow("apostrophe") << "O'Brien" << false << false << "'O''Brien'";
-        QTest::newRow("trimmed") << "  Ann  " << false << false << "'Ann'";
-        QTest::newRow("blanks, quotes") << "   " << false << false << "''";
-        QTest::newRow("blanks, null") << "   " << true << false << "NULL";
-        QTest::newRow("wildcard") << "Smi" << false << true << "'Smi%'";
-        QTest::newRow("wildcard, null flag") << "Smi" << true << true << "'Smi%'";
-        QTest::newRow("line break kept") << " Back at 2\r\n" << false << false << "'Back at 2\r\n'";
-        QTest::newRow("tab kept") << "\tLunch " << false << false << "'\tLunch'";
-        QTest::newRow("tab alone is text") << "\t" << true << false << "'\t'";
+        columns<QString, bool, bool, QString>("text", "nullWhenEmpty", "wildcard", "result");
+        row("apostrophe", "O'Brien", false, false, "'O''Brien'");
+        row("trimmed", "  Ann  ", false, false, "'Ann'");
+        row("blanks, quotes", "   ", false, false, "''");
+        row("blanks, null", "   ", true, false, "NULL");
+        row("wildcard", "Smi", false, true, "'Smi%'");
+        row("wildcard, null flag", "Smi", true, true, "'Smi%'");
+        row("line break kept", " Back at 2\r\n", false, false, "'Back at 2\r\n'");
+        row("tab kept", "\tLunch ", false, false, "'\tLunch'");
+        row("tab alone is text", "\t", true, false, "'\t'");
     }
     void dbIn() {
         QFETCH(QString, text);
@@ -86,14 +84,12 @@ private slots:
     }
 
     void phoneNumbers_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("parentheses");
-        QTest::addColumn<QString>("result");
-        QTest::newRow("ten") << "555 123 4567" << false << "555-123-4567";
-        QTest::newRow("ten, parentheses") << "(555)123-4567" << true << "(555) 123-4567";
-        QTest::newRow("seven, parentheses") << "123 4567" << true << "123-4567";
-        QTest::newRow("zeros") << "000-0000" << false << "";
-        QTest::newRow("other") << "+44 20 7946 0958 ext 12" << false << "+44 20 7946 0958 ext";
+        columns<QString, bool, QString>("text", "parentheses", "result");
+        row("ten", "555 123 4567", false, "555-123-4567");
+        row("ten, parentheses", "(555)123-4567", true, "(555) 123-4567");
+        row("seven, parentheses", "123 4567", true, "123-4567");
+        row("zeros", "000-0000", false, "");
+        row("other", "+44 20 7946 0958 ext 12", false, "+44 20 7946 0958 ext");
     }
     void phoneNumbers() {
         QFETCH(QString, text);

@@ -1,5 +1,5 @@
-#include "../platform/FreshUserFolders.h"
-#include "StubServerClient.h"
+#include "FreshUserFolders.h"
+#include "StubGateway.h"
 #include "TestHttpServer.h"
 #include "base/Clock.h"
 #include "base/Forms.h"
@@ -10,6 +10,7 @@
 #include "shell/TLMain.h"
 #include "wire/RowsetWriter.h"
 
+#include "Rows.h"
 #include <QApplication>
 #include <QtTest>
 
@@ -31,7 +32,7 @@ const QString kUnreachable = QStringLiteral("Tavlo is unable to contact the serv
 class TestGateway : public QObject {
     Q_OBJECT
     std::unique_ptr<TestHttpServer> server;
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     TLDataAccess& data() { return TLMain().DataAccess(); }
 
@@ -75,12 +76,11 @@ private slots:
     // Answers that are no rowset count as an unreachable server: one message, the settings
     // dialog, no recordset.
     void unreadableAnswers_data() {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::newRow("empty body") << 200 << QByteArray();
-        QTest::newRow("HTML 500") << 500 << QByteArray("<html><body>Server Error</body></html>");
-        QTest::newRow("XML, no rowset") << 200 << QByteArray("<root><a/></root>");
-        QTest::newRow("truncated") << 200 << oneColumnRowset(QStringLiteral("n"), 1).left(120);
+        columns<int, QByteArray>("status", "body");
+        row("empty body", 200, QByteArray());
+        row("HTML 500", 500, QByteArray("<html><body>Server Error</body></html>"));
+        row("XML, no rowset", 200, QByteArray("<root><a/></root>"));
+        row("truncated", 200, oneColumnRowset(QStringLiteral("n"), 1).left(120));
     }
     void unreadableAnswers() {
         QFETCH(int, status);
@@ -98,9 +98,9 @@ private slots:
 
     // A refused connection and a server that stops answering both read as unreachable.
     void unreachableServer_data() {
-        QTest::addColumn<bool>("stalled");
-        QTest::newRow("refused") << false;
-        QTest::newRow("no answer in time") << true;
+        columns<bool>("stalled");
+        row("refused", false);
+        row("no answer in time", true);
     }
     void unreachableServer() {
         QFETCH(bool, stalled);

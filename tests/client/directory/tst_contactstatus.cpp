@@ -1,7 +1,8 @@
-#include "../platform/FreshUserFolders.h"
+#include "FreshUserFolders.h"
+#include "BoxRecorder.h"
+#include "Rows.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "config/frmTLSettings.h"
 #include "directory/TLContact.h"
 #include "directory/TLStatus.h"
@@ -16,7 +17,7 @@
 class TestContactStatus : public QObject {
     Q_OBJECT
     std::unique_ptr<TestHttpServer> server;
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     QStringList sent() const {
         QStringList statements;
@@ -44,49 +45,23 @@ private slots:
     void init() {
         server = std::make_unique<TestHttpServer>();
         TLMain().Settings().SetWebAddress(server->baseUrl());
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        boxes.install();
     }
 
     void statementArguments_data() {
-        QTest::addColumn<QString>("date");
-        QTest::addColumn<QString>("time");
-        QTest::addColumn<QString>("comment");
-        QTest::addColumn<QString>("statement");
-        QTest::newRow("nothing") << ""
-                                 << ""
-                                 << ""
-                                 << "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0";
-        QTest::newRow("the word NULL") << "NULL"
-                                       << "NULL"
-                                       << ""
-                                       << "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0";
-        QTest::newRow("apostrophe doubled") << ""
-                                            << ""
-                                            << "Bob's party"
-                                            << "EXEC tl_SetStatus 12,8,NULL,NULL,'Bob''s party',0";
-        QTest::newRow("time alone") << ""
-                                    << "10:30 AM"
-                                    << ""
-                                    << "EXEC tl_SetStatus 12,8,NULL,'10:30 AM',NULL,0";
-        QTest::newRow("date alone, blank trimmed")
-            << "11/25/2026"
-            << ""
-            << ""
-            << "EXEC tl_SetStatus 12,8,'11/25/2026',NULL,NULL,0";
-        QTest::newRow("date and time") << "11/5/2026"
-                                       << "2:15 PM"
-                                       << "Dentist"
-                                       << "EXEC tl_SetStatus 12,8,'11/05/2026 2:15 PM','2:15 "
-                                          "PM','Dentist',0";
-        QTest::newRow("time that is no time stays behind the date")
-            << "11/25/2026"
-            << "soon"
-            << ""
-            << "EXEC tl_SetStatus 12,8,'11/25/2026 soon',NULL,NULL,0";
+        columns<QString, QString, QString, QString>("date", "time", "comment", "statement");
+        row("nothing", "", "", "", "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0");
+        row("the word NULL", "NULL", "NULL", "", "EXEC tl_SetStatus 12,8,NULL,NULL,NULL,0");
+        row("apostrophe doubled", "", "", "Bob's party",
+            "EXEC tl_SetStatus 12,8,NULL,NULL,'Bob''s party',0");
+        row("time alone", "", "10:30 AM", "", "EXEC tl_SetStatus 12,8,NULL,'10:30 AM',NULL,0");
+        row("date alone, blank trimmed", "11/25/2026", "", "",
+            "EXEC tl_SetStatus 12,8,'11/25/2026',NULL,NULL,0");
+        row("date and time", "11/5/2026", "2:15 PM", "Dentist",
+            "EXEC tl_SetStatus 12,8,'11/05/2026 2:15 PM','2:15 "
+            "PM','Dentist',0");
+        row("time that is no time stays behind the date", "11/25/2026", "soon", "",
+            "EXEC tl_SetStatus 12,8,'11/25/2026 soon',NULL,NULL,0");
     }
     void statementArguments() {
         QFETCH(QString, date);

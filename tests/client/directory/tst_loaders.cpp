@@ -1,13 +1,14 @@
-#include "../platform/FreshUserFolders.h"
+#include "FreshUserFolders.h"
+#include "BoxRecorder.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "config/frmTLSettings.h"
 #include "directory/DirectoryLoaders.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
 #include "wire/RowsetWriter.h"
 
+#include "Rows.h"
 #include <QApplication>
 #include <QComboBox>
 #include <QtTest>
@@ -37,7 +38,7 @@ QByteArray rowset(const QStringList& names, const QList<QVariantList>& rows) {
 class TestLoaders : public QObject {
     Q_OBJECT
     std::unique_ptr<TestHttpServer> server;
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
 private slots:
     void init() {
@@ -45,11 +46,7 @@ private slots:
         Form<frmTLSettings>(); // its first load reads the stored settings over the live ones
         TLMain().Settings().SetWebAddress(server->baseUrl());
         TLMain().ActiveOrganization().OrganizationSys = 4;
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        boxes.install();
     }
 
     void statusesInServerOrder() {
@@ -87,13 +84,11 @@ private slots:
     }
 
     void locations_data() {
-        QTest::addColumn<int>("setting");
-        QTest::addColumn<QString>("selected");
-        QTest::addColumn<int>("settingAfter");
-        QTest::newRow("no choice, no home location") << 0 << "<All>" << 0;
-        QTest::newRow("all chosen") << -1 << "<All>" << -1;
-        QTest::newRow("stored choice wins") << 1 << "Main Office" << 1;
-        QTest::newRow("gone location") << 9 << "<All>" << 9;
+        columns<int, QString, int>("setting", "selected", "settingAfter");
+        row("no choice, no home location", 0, "<All>", 0);
+        row("all chosen", -1, "<All>", -1);
+        row("stored choice wins", 1, "Main Office", 1);
+        row("gone location", 9, "<All>", 9);
     }
     void locations() {
         QFETCH(int, setting);

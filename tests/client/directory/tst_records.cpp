@@ -6,6 +6,7 @@
 #include "directory/TLStatusRow.h"
 #include "wire/Recordset.h"
 
+#include "Rows.h"
 #include <QCoreApplication>
 #include <QtTest>
 
@@ -100,12 +101,11 @@ private slots:
     }
 
     void keys_data() {
-        QTest::addColumn<int>("sys");
-        QTest::addColumn<QString>("key");
-        QTest::newRow("negative") << -7 << QStringLiteral("N7");
-        QTest::newRow("positive") << 7 << QStringLiteral("P7");
-        QTest::newRow("zero") << 0 << QStringLiteral("P0");
-        QTest::newRow("lowest") << int(INT32_MIN) << QStringLiteral("N2147483648");
+        columns<int, QString>("sys", "key");
+        row("negative", -7, QStringLiteral("N7"));
+        row("positive", 7, QStringLiteral("P7"));
+        row("zero", 0, QStringLiteral("P0"));
+        row("lowest", int(INT32_MIN), QStringLiteral("N2147483648"));
     }
     void keys() {
         QFETCH(int, sys);
@@ -121,64 +121,27 @@ private slots:
 
     // Today is Wednesday 11/18/2026 at 9:00 AM.
     void returning_data() {
-        QTest::addColumn<int>("statusSys");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("date");
-        QTest::addColumn<QString>("time");
+        columns<int, QString, QString, QString, QString>("statusSys", "stored", "text", "date",
+                                                         "time");
         const QString u = QStringLiteral("Unspecified");
-        QTest::newRow("in hides both") << 3 << "11/20/2026 5:00 PM"
-                                       << "11/20/2026 5:00 PM"
-                                       << ""
-                                       << "";
-        QTest::newRow("literal 00") << 8 << "01/01/00 12:00AM" << u << u << "";
-        QTest::newRow("literal 01") << 8 << "01/01/01 12:00AM" << u << u << "";
-        QTest::newRow("literal spelt otherwise") << 8 << "01/01/00 12:00 AM"
-                                                 << "01/01/00 12:00 AM"
-                                                 << "1/1/2000"
-                                                 << "12:00 AM";
-        QTest::newRow("empty") << 8 << ""
-                               << "" << u << "";
-        QTest::newRow("no date") << 8 << "next week"
-                                 << "next week" << u << "";
-        QTest::newRow("unknown with time") << 8 << "1/1/1900 3:30 PM"
-                                           << "1/1/1900 3:30 PM"
-                                           << "Unknown"
-                                           << "3:30 PM";
-        QTest::newRow("unknown, zeros") << 8 << "01/01/1900"
-                                        << "01/01/1900"
-                                        << "Unknown"
-                                        << "12:00 AM";
-        QTest::newRow("1901") << 8 << "1/1/1901 8:00 AM"
-                              << "1/1/1901 8:00 AM" << u << "8:00 AM";
-        QTest::newRow("today") << 6 << "11/18/2026 5:05 PM"
-                               << "11/18/2026 5:05 PM"
-                               << "TODAY"
-                               << "5:05 PM";
-        QTest::newRow("tomorrow") << 8 << "11/19/2026 8:00 AM"
-                                  << "11/19/2026 8:00 AM"
-                                  << "TOMORROW"
-                                  << "8:00 AM";
-        QTest::newRow("in two days") << 8 << "11/20/2026"
-                                     << "11/20/2026"
-                                     << "FRIDAY"
-                                     << "12:00 AM";
-        QTest::newRow("in six days") << 8 << "11/24/2026 1:15 PM"
-                                     << "11/24/2026 1:15 PM"
-                                     << "TUESDAY"
-                                     << "1:15 PM";
-        QTest::newRow("in seven days") << 8 << "11/25/2026 1:15 PM"
-                                       << "11/25/2026 1:15 PM"
-                                       << "11/25/2026"
-                                       << "1:15 PM";
-        QTest::newRow("yesterday") << 8 << "11/17/2026 4:00 PM"
-                                   << "11/17/2026 4:00 PM"
-                                   << "11/17/2026"
-                                   << "4:00 PM";
-        QTest::newRow("status never filled") << 0 << "11/19/2026"
-                                             << "11/19/2026"
-                                             << "TOMORROW"
-                                             << "12:00 AM";
+        row("in hides both", 3, "11/20/2026 5:00 PM", "11/20/2026 5:00 PM", "", "");
+        row("literal 00", 8, "01/01/00 12:00AM", u, u, "");
+        row("literal 01", 8, "01/01/01 12:00AM", u, u, "");
+        row("literal spelt otherwise", 8, "01/01/00 12:00 AM", "01/01/00 12:00 AM", "1/1/2000",
+            "12:00 AM");
+        row("empty", 8, "", "", u, "");
+        row("no date", 8, "next week", "next week", u, "");
+        row("unknown with time", 8, "1/1/1900 3:30 PM", "1/1/1900 3:30 PM", "Unknown", "3:30 PM");
+        row("unknown, zeros", 8, "01/01/1900", "01/01/1900", "Unknown", "12:00 AM");
+        row("1901", 8, "1/1/1901 8:00 AM", "1/1/1901 8:00 AM", u, "8:00 AM");
+        row("today", 6, "11/18/2026 5:05 PM", "11/18/2026 5:05 PM", "TODAY", "5:05 PM");
+        row("tomorrow", 8, "11/19/2026 8:00 AM", "11/19/2026 8:00 AM", "TOMORROW", "8:00 AM");
+        row("in two days", 8, "11/20/2026", "11/20/2026", "FRIDAY", "12:00 AM");
+        row("in six days", 8, "11/24/2026 1:15 PM", "11/24/2026 1:15 PM", "TUESDAY", "1:15 PM");
+        row("in seven days", 8, "11/25/2026 1:15 PM", "11/25/2026 1:15 PM", "11/25/2026",
+            "1:15 PM");
+        row("yesterday", 8, "11/17/2026 4:00 PM", "11/17/2026 4:00 PM", "11/17/2026", "4:00 PM");
+        row("status never filled", 0, "11/19/2026", "11/19/2026", "TOMORROW", "12:00 AM");
     }
     void returning() {
         QFETCH(int, statusSys);

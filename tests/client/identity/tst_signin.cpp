@@ -1,3 +1,4 @@
+#include "Rows.h"
 #include "SignInFixture.h"
 #include "board/frmTLView.h"
 #include "data/TLFunctions.h"
@@ -109,19 +110,11 @@ private slots:
     }
 
     void refusedSignIns_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("bad password") << "ann"
-                                      << "wrong"
-                                      << "Invalid Login, please try again!";
-        QTest::newRow("unknown user") << "nobody"
-                                      << "demo"
-                                      << "Invalid Login, please try again!";
-        QTest::newRow("removed account") << "dave"
-                                         << "demo" << kRemoved;
-        QTest::newRow("disabled organisation") << "ivo"
-                                               << "demo" << kDisabled;
+        columns<QString, QString, QString>("name", "password", "message");
+        row("bad password", "ann", "wrong", "Invalid Login, please try again!");
+        row("unknown user", "nobody", "demo", "Invalid Login, please try again!");
+        row("removed account", "dave", "demo", kRemoved);
+        row("disabled organisation", "ivo", "demo", kDisabled);
     }
     void refusedSignIns() {
         QFETCH(QString, name);
@@ -246,10 +239,9 @@ private slots:
 
     // A user with no stored choice starts on the home location; "all locations" stays chosen.
     void homeLocationOnlyWithoutAChoice_data() {
-        QTest::addColumn<int>("setting");
-        QTest::addColumn<int>("after");
-        QTest::newRow("no choice") << 0 << 1;
-        QTest::newRow("all chosen") << -1 << -1;
+        columns<int, int>("setting", "after");
+        row("no choice", 0, 1);
+        row("all chosen", -1, -1);
     }
     void homeLocationOnlyWithoutAChoice() {
         QFETCH(int, setting);
@@ -263,27 +255,20 @@ private slots:
 
     // Recovery asks with the typed pair, mails what the first match names, and says so.
     void passwordRecovery_data() {
-        QTest::addColumn<QString>("lastName");
-        QTest::addColumn<QString>("email");
-        QTest::addColumn<QList<QStringList>>("matches");
-        QTest::addColumn<QStringList>("sent");
-        QTest::addColumn<QString>("box");
+        columns<QString, QString, QList<QStringList>, QStringList, QString>(
+            "lastName", "email", "matches", "sent", "box");
         const QString mail =
             "EXEC tl_SendEmail 'first@x.org','Tavlo Lost Password Request','Below is your Tavlo "
             "UserName and Password:\r\n\r\nUserName - obrien\r\nPassword - pa''ss\r\n\r\n"
             "You may now login to Tavlo by opening the Tavlo Application or by going to "
             "www.norvane.com.','info@norvane.com','info@norvane.com',''";
-        QTest::newRow("two matches, apostrophes")
-            << " O'Brien"
-            << "ob@x.org"
-            << QList<QStringList>{{"obrien", "pa'ss", "first@x.org"},
-                                  {"other", "x", "second@x.org"}}
-            << QStringList{"tl_ForgotPassword 'ob@x.org','O''Brien'", mail}
-            << "Your password has been sent to your e-mail address.";
-        QTest::newRow("empty boxes, no match")
-            << ""
-            << "" << QList<QStringList>{} << QStringList{"tl_ForgotPassword '',''"}
-            << "Sorry, you did not enter a valid Last Name or E-mail address";
+        row("two matches, apostrophes", " O'Brien", "ob@x.org",
+            QList<QStringList>{{"obrien", "pa'ss", "first@x.org"}, {"other", "x", "second@x.org"}},
+            QStringList{"tl_ForgotPassword 'ob@x.org','O''Brien'", mail},
+            "Your password has been sent to your e-mail address.");
+        row("empty boxes, no match", "", "", QList<QStringList>{},
+            QStringList{"tl_ForgotPassword '',''"},
+            "Sorry, you did not enter a valid Last Name or E-mail address");
     }
     void passwordRecovery() {
         QFETCH(QString, lastName);

@@ -1,4 +1,5 @@
-#include "../identity/SignInFixture.h"
+#include "SignInFixture.h"
+#include "Rows.h"
 #include "base/Twips.h"
 #include "board/frmTLView.h"
 #include "chat/frmTLChat.h"
@@ -116,13 +117,12 @@ private slots:
     }
 
     void noteCountCaption_data() {
-        QTest::addColumn<int>("unread");
-        QTest::addColumn<QString>("caption");
-        QTest::newRow("none") << 0 << "My Notes";
-        QTest::newRow("three") << 3 << "Notes (3)";
-        QTest::newRow("nine") << 9 << "Notes (9)";
-        QTest::newRow("ten drops the word") << 10 << "(10)";
-        QTest::newRow("negative") << -2 << "Notes (-2)";
+        columns<int, QString>("unread", "caption");
+        row("none", 0, "My Notes");
+        row("three", 3, "Notes (3)");
+        row("nine", 9, "Notes (9)");
+        row("ten drops the word", 10, "(10)");
+        row("negative", -2, "Notes (-2)");
     }
     void noteCountCaption() {
         QFETCH(int, unread);
@@ -137,10 +137,9 @@ private slots:
 
     // The note as typed, quoted and trimmed; the alert mail word for word, to the receiver.
     void leavingANote_data() {
-        QTest::addColumn<bool>("alert");
-        QTest::addColumn<bool>("privately");
-        QTest::newRow("note alone") << false << false;
-        QTest::newRow("private, with alert") << true << true;
+        columns<bool, bool>("alert", "privately");
+        row("note alone", false, false);
+        row("private, with alert", true, true);
     }
     void leavingANote() {
         QFETCH(bool, alert);
@@ -184,9 +183,9 @@ private slots:
     // The own organisation, selected and listed at once; "All" lists nobody; the pick goes
     // on to a note or a chat.
     void pickingAColleague_data() {
-        QTest::addColumn<int>("function");
-        QTest::newRow("note") << frmTLContactSelection::kNote;
-        QTest::newRow("chat") << frmTLContactSelection::kChat;
+        columns<int>("function");
+        row("note", frmTLContactSelection::kNote);
+        row("chat", frmTLContactSelection::kChat);
     }
     void pickingAColleague() {
         QFETCH(int, function);
@@ -240,11 +239,9 @@ private slots:
     // Home details and the extension only where the colleague allows them; the picture named by
     // picture.html, or its text.
     void contactCard_data() {
-        QTest::addColumn<int>("contact");
-        QTest::addColumn<bool>("home");
-        QTest::addColumn<QString>("picture");
-        QTest::newRow("home shown") << 1001 << true << "pictures/p1001.png";
-        QTest::newRow("home hidden, no picture, no city") << 1002 << false << "";
+        columns<int, bool, QString>("contact", "home", "picture");
+        row("home shown", 1001, true, "pictures/p1001.png");
+        row("home hidden, no picture, no city", 1002, false, "");
     }
     void contactCard() {
         QFETCH(int, contact);
@@ -289,24 +286,14 @@ private slots:
 
     // The first priority set prefixes the subject; the body names who asks.
     void helpDesk_data() {
-        QTest::addColumn<int>("priority");
-        QTest::addColumn<bool>("signedIn");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("subject");
-        QTest::newRow("no priority") << -1 << true << ""
-                                     << "Tavlo Help Desk Notification";
-        QTest::newRow("bug") << 0 << true << "It's broken"
-                             << "Bug: Tavlo Help Desk Notification";
-        QTest::newRow("annoyance") << 1 << true << "x"
-                                   << "Annoyance: Tavlo Help Desk Notification";
-        QTest::newRow("question") << 2 << true << "x"
-                                  << "Question: Tavlo Help Desk Notification";
-        QTest::newRow("suggestion") << 3 << true << "x"
-                                    << "Suggestion: Tavlo Help Desk Notification";
-        QTest::newRow("comment") << 4 << true << "x"
-                                 << "Comment: Tavlo Help Desk Notification";
-        QTest::newRow("sales, signed out") << 5 << false << "Prices?"
-                                           << "Sales: Tavlo Help Desk Notification";
+        columns<int, bool, QString, QString>("priority", "signedIn", "message", "subject");
+        row("no priority", -1, true, "", "Tavlo Help Desk Notification");
+        row("bug", 0, true, "It's broken", "Bug: Tavlo Help Desk Notification");
+        row("annoyance", 1, true, "x", "Annoyance: Tavlo Help Desk Notification");
+        row("question", 2, true, "x", "Question: Tavlo Help Desk Notification");
+        row("suggestion", 3, true, "x", "Suggestion: Tavlo Help Desk Notification");
+        row("comment", 4, true, "x", "Comment: Tavlo Help Desk Notification");
+        row("sales, signed out", 5, false, "Prices?", "Sales: Tavlo Help Desk Notification");
     }
     void helpDesk() {
         QFETCH(int, priority);

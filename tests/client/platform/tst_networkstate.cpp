@@ -4,6 +4,7 @@
 #include "platform/HostInfo.h"
 #include "platform/NetworkState.h"
 
+#include "Rows.h"
 #include <QCoreApplication>
 #include <QtTest>
 
@@ -38,18 +39,17 @@ private slots:
     }
 
     void isNetworkAlive_data() {
-        QTest::addColumn<List>("interfaces");
-        QTest::addColumn<bool>("alive");
-        QTest::newRow("no interfaces") << List{} << false;
-        QTest::newRow("loopback only") << List{kLoopback} << false;
-        QTest::newRow("cable out") << List{kLoopback, kUnplugged} << false;
-        QTest::newRow("interface down") << List{kLoopback, kDown} << false;
-        QTest::newRow("running without address") << List{kLoopback, kNoAddress} << false;
-        QTest::newRow("wired") << List{kLoopback, kWired} << true;
-        QTest::newRow("IPv6 only") << List{kIpv6Only} << true;
-        QTest::newRow("one of several") << List{kDown, kUnplugged, kWired} << true;
-        QTest::newRow("loopback flag missing, loopback address")
-            << List{nic("lo", true, true, false, {"127.0.0.1"})} << false;
+        columns<List, bool>("interfaces", "alive");
+        row("no interfaces", List{}, false);
+        row("loopback only", List{kLoopback}, false);
+        row("cable out", List{kLoopback, kUnplugged}, false);
+        row("interface down", List{kLoopback, kDown}, false);
+        row("running without address", List{kLoopback, kNoAddress}, false);
+        row("wired", List{kLoopback, kWired}, true);
+        row("IPv6 only", List{kIpv6Only}, true);
+        row("one of several", List{kDown, kUnplugged, kWired}, true);
+        row("loopback flag missing, loopback address",
+            List{nic("lo", true, true, false, {"127.0.0.1"})}, false);
     }
     void isNetworkAlive() {
         QFETCH(List, interfaces);
@@ -73,13 +73,12 @@ private slots:
     }
 
     void localIP_data() {
-        QTest::addColumn<List>("interfaces");
-        QTest::addColumn<QString>("ip");
-        QTest::newRow("nothing") << List{} << "127.0.0.1";
-        QTest::newRow("loopback only") << List{kLoopback} << "127.0.0.1";
-        QTest::newRow("skips IPv6 and down interfaces")
-            << List{kLoopback, kDown, kIpv6Only, kWired} << "192.168.1.20";
-        QTest::newRow("unplugged still has its address") << List{kUnplugged, kWired} << "10.0.0.5";
+        columns<List, QString>("interfaces", "ip");
+        row("nothing", List{}, "127.0.0.1");
+        row("loopback only", List{kLoopback}, "127.0.0.1");
+        row("skips IPv6 and down interfaces", List{kLoopback, kDown, kIpv6Only, kWired},
+            "192.168.1.20");
+        row("unplugged still has its address", List{kUnplugged, kWired}, "10.0.0.5");
     }
     void localIP() {
         QFETCH(List, interfaces);
@@ -94,20 +93,14 @@ private slots:
     }
 
     void commandLine_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("ignoreNetwork");
-        QTest::newRow("none") << QStringList{} << "" << false;
-        QTest::newRow("the switch") << QStringList{"/ignorenetwork"} << "/ignorenetwork" << true;
-        QTest::newRow("any case") << QStringList{"/IgnoreNetwork"} << "/ignorenetwork" << true;
-        QTest::newRow("inside another word")
-            << QStringList{"-x/IGNORENETWORKS"} << "-x/ignorenetworks" << true;
-        QTest::newRow("among others")
-            << QStringList{"a", "/ignorenetwork", "B"} << "a /ignorenetwork b" << true;
-        QTest::newRow("without the slash")
-            << QStringList{"ignorenetwork"} << "ignorenetwork" << false;
-        QTest::newRow("split over arguments")
-            << QStringList{"/ignore", "network"} << "/ignore network" << false;
+        columns<QStringList, QString, bool>("arguments", "text", "ignoreNetwork");
+        row("none", QStringList{}, "", false);
+        row("the switch", QStringList{"/ignorenetwork"}, "/ignorenetwork", true);
+        row("any case", QStringList{"/IgnoreNetwork"}, "/ignorenetwork", true);
+        row("inside another word", QStringList{"-x/IGNORENETWORKS"}, "-x/ignorenetworks", true);
+        row("among others", QStringList{"a", "/ignorenetwork", "B"}, "a /ignorenetwork b", true);
+        row("without the slash", QStringList{"ignorenetwork"}, "ignorenetwork", false);
+        row("split over arguments", QStringList{"/ignore", "network"}, "/ignore network", false);
     }
     void commandLine() {
         QFETCH(QStringList, arguments);

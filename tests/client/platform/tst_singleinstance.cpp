@@ -1,6 +1,7 @@
 #include "FreshUserFolders.h"
 #include "platform/SingleInstance.h"
 
+#include "Rows.h"
 #include <QCoreApplication>
 #include <QLocalSocket>
 #include <QProcess>
@@ -109,12 +110,12 @@ private slots:
 
     // Whatever else reaches the socket is dropped, and the first instance keeps answering.
     void strayRequestsAreIgnored_data() {
-        QTest::addColumn<QByteArray>("request");
-        QTest::newRow("unknown verb") << QByteArray("quit\n");
-        QTest::newRow("verb glued to text") << QByteArray("raiseTavlo\n");
-        QTest::newRow("no line end") << QByteArray("raise Tavlo");
-        QTest::newRow("endless line") << QByteArray(5000, 'x');
-        QTest::newRow("nothing") << QByteArray();
+        columns<QByteArray>("request");
+        row("unknown verb", QByteArray("quit\n"));
+        row("verb glued to text", QByteArray("raiseTavlo\n"));
+        row("no line end", QByteArray("raise Tavlo"));
+        row("endless line", QByteArray(5000, 'x'));
+        row("nothing", QByteArray());
     }
     void strayRequestsAreIgnored() {
         QFETCH(QByteArray, request);

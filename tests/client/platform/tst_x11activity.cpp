@@ -1,3 +1,4 @@
+#include "Rows.h"
 #include "platform/linux/X11ActivitySource.h"
 #include <QGuiApplication>
 #include <QProcess>
@@ -65,9 +66,9 @@ private slots:
     }
 
     void aTapBetweenTwoLooksIsSeenOnce_data() {
-        QTest::addColumn<QStringList>("tap");
-        QTest::newRow("key") << QStringList{"key", "a"};
-        QTest::newRow("click") << QStringList{"click", "1"};
+        columns<QStringList>("tap");
+        row("key", QStringList{"key", "a"});
+        row("click", QStringList{"click", "1"});
     }
     void aTapBetweenTwoLooksIsSeenOnce() {
         QFETCH(QStringList, tap);
@@ -77,10 +78,9 @@ private slots:
     }
 
     void aKeyOrButtonHeldIsSeenAtEveryLook_data() {
-        QTest::addColumn<QStringList>("press");
-        QTest::addColumn<QStringList>("release");
-        QTest::newRow("key") << QStringList{"keydown", "shift"} << QStringList{"keyup", "shift"};
-        QTest::newRow("button") << QStringList{"mousedown", "3"} << QStringList{"mouseup", "3"};
+        columns<QStringList, QStringList>("press", "release");
+        row("key", QStringList{"keydown", "shift"}, QStringList{"keyup", "shift"});
+        row("button", QStringList{"mousedown", "3"}, QStringList{"mouseup", "3"});
     }
     void aKeyOrButtonHeldIsSeenAtEveryLook() {
         QFETCH(QStringList, press);

@@ -1,5 +1,6 @@
-#include "../identity/SignInFixture.h"
-#include "../platform/FakeNetwork.h"
+#include "SignInFixture.h"
+#include "FakeNetwork.h"
+#include "Rows.h"
 #include "platform/ActivitySource.h"
 #include "shell/TrayDisplay.h"
 #include "shell/frmTLMain.h"
@@ -181,11 +182,10 @@ private slots:
 
     // The comment is the only mark, read as the status poll last brought it from the server.
     void onlyTheExactCommentFromAnywhereCountsAsIdle_data() {
-        QTest::addColumn<QString>("comment");
-        QTest::addColumn<bool>("comesBack");
-        QTest::newRow("set elsewhere, exact") << "User is idle" << true;
-        QTest::newRow("lower case") << "user is idle" << false;
-        QTest::newRow("another comment") << "At the dentist" << false;
+        columns<QString, bool>("comment", "comesBack");
+        row("set elsewhere, exact", "User is idle", true);
+        row("lower case", "user is idle", false);
+        row("another comment", "At the dentist", false);
     }
     void onlyTheExactCommentFromAnywhereCountsAsIdle() {
         QFETCH(QString, comment);

@@ -1,8 +1,8 @@
-#include "../platform/FakeNetwork.h"
-#include "../platform/FreshUserFolders.h"
+#include "FakeNetwork.h"
+#include "FreshUserFolders.h"
+#include "BoxRecorder.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "config/frmTLSettings.h"
 #include "config/modTLRegistry.h"
 #include "identity/frmTLLogin.h"
@@ -17,6 +17,7 @@
 #include "update/frmTLUpdate.h"
 #include "wire/RowsetWriter.h"
 
+#include "Rows.h"
 #include <QApplication>
 #include <QSignalSpy>
 #include <QtTest>
@@ -47,7 +48,7 @@ QByteArray versionRowset(int major, int minor, int revision) {
 // The start-up: one instance a user, the splash, the first request and the version decision.
 class TestStartup : public QObject {
     Q_OBJECT
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     void storeWebAddress(const QString& address) {
         SettingsStore::WriteText(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
@@ -56,11 +57,7 @@ class TestStartup : public QObject {
 
 private slots:
     void init() {
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        boxes.install();
         CommandLine::SetArguments(QStringList{});
         TLMain().SetDataAccess(nullptr);
         TLMain().SetFTP(nullptr);
@@ -73,19 +70,15 @@ private slots:
     }
 
     void versionComparison_data() {
-        QTest::addColumn<QList<int>>("latest");
-        QTest::addColumn<QList<int>>("running");
-        QTest::addColumn<bool>("newer");
-        QTest::newRow("same") << QList<int>{1, 4, 0} << QList<int>{1, 4, 0} << false;
-        QTest::newRow("major up") << QList<int>{2, 0, 0} << QList<int>{1, 9, 9} << true;
-        QTest::newRow("major down, minor up")
-            << QList<int>{1, 9, 9} << QList<int>{2, 0, 0} << false;
-        QTest::newRow("minor up") << QList<int>{1, 4, 0} << QList<int>{1, 3, 9} << true;
-        QTest::newRow("minor down, revision up")
-            << QList<int>{1, 3, 9} << QList<int>{1, 4, 0} << false;
-        QTest::newRow("revision up") << QList<int>{1, 4, 2} << QList<int>{1, 4, 1} << true;
-        QTest::newRow("revision down") << QList<int>{1, 4, 0} << QList<int>{1, 4, 1} << false;
-        QTest::newRow("nothing published") << QList<int>{0, 0, 0} << QList<int>{1, 0, 0} << false;
+        columns<QList<int>, QList<int>, bool>("latest", "running", "newer");
+        row("same", QList<int>{1, 4, 0}, QList<int>{1, 4, 0}, false);
+        row("major up", QList<int>{2, 0, 0}, QList<int>{1, 9, 9}, true);
+        row("major down, minor up", QList<int>{1, 9, 9}, QList<int>{2, 0, 0}, false);
+        row("minor up", QList<int>{1, 4, 0}, QList<int>{1, 3, 9}, true);
+        row("minor down, revision up", QList<int>{1, 3, 9}, QList<int>{1, 4, 0}, false);
+        row("revision up", QList<int>{1, 4, 2}, QList<int>{1, 4, 1}, true);
+        row("revision down", QList<int>{1, 4, 0}, QList<int>{1, 4, 1}, false);
+        row("nothing published", QList<int>{0, 0, 0}, QList<int>{1, 0, 0}, false);
     }
     void versionComparison() {
         QFETCH(QList<int>, latest);
@@ -155,10 +148,10 @@ private slots:
     // Server up: the version check is the first request and fills the version and transfer data;
     // without a network by the command line the data is read all the same.
     void versionCheckIsTheFirstRequest_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("network") << QStringList{};
-        QTest::newRow("/ignorenetwork")
-            << QStringList{QStringLiteral("tavlo"), QStringLiteral("/IgnoreNetwork")};
+        columns<QStringList>("arguments");
+        row("network", QStringList{});
+        row("/ignorenetwork",
+            QStringList{QStringLiteral("tavlo"), QStringLiteral("/IgnoreNetwork")});
     }
     void versionCheckIsTheFirstRequest() {
         QFETCH(QStringList, arguments);

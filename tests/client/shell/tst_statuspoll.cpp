@@ -1,5 +1,6 @@
-#include "../identity/SignInFixture.h"
-#include "../platform/FakeNetwork.h"
+#include "SignInFixture.h"
+#include "FakeNetwork.h"
+#include "Rows.h"
 #include "board/frmTLView.h"
 #include "platform/CommandLine.h"
 #include "shell/TrayDisplay.h"
@@ -99,13 +100,10 @@ private slots:
     }
 
     void theChatStateGoesToTheServerAtEveryTick_data() {
-        QTest::addColumn<bool>("enabled");
-        QTest::addColumn<bool>("connected");
-        QTest::addColumn<bool>("connecting");
-        QTest::addColumn<QString>("sent");
-        QTest::newRow("chat off") << false << false << false << ", 0";
-        QTest::newRow("online") << true << true << false << ", 1";
-        QTest::newRow("still connecting") << true << true << true << ", 0";
+        columns<bool, bool, bool, QString>("enabled", "connected", "connecting", "sent");
+        row("chat off", false, false, false, ", 0");
+        row("online", true, true, false, ", 1");
+        row("still connecting", true, true, true, ", 0");
     }
     void theChatStateGoesToTheServerAtEveryTick() {
         QFETCH(bool, enabled);

@@ -1,4 +1,5 @@
-#include "../identity/SignInFixture.h"
+#include "SignInFixture.h"
+#include "Rows.h"
 #include "board/frmTLView.h"
 #include "chat/frmTLChat.h"
 #include "identity/frmTLLogin.h"
@@ -107,14 +108,11 @@ private slots:
     }
 
     void quickStatusChangeReachesTheServer_data() {
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<int>("statusSys");
-        QTest::addColumn<int>("picture");
-        QTest::addColumn<int>("notes");
-        QTest::newRow("Unavailable") << "Unavailable" << 6 << TrayDisplay::kUnavailable << 0;
-        QTest::newRow("Out") << "Out" << 8 << TrayDisplay::kOther << 0;
-        QTest::newRow("Out with notes") << "Out" << 8 << TrayDisplay::kOtherWithNotes << 2;
-        QTest::newRow("In with notes") << "In" << 3 << TrayDisplay::kInWithNotes << 1;
+        columns<QString, int, int, int>("status", "statusSys", "picture", "notes");
+        row("Unavailable", "Unavailable", 6, TrayDisplay::kUnavailable, 0);
+        row("Out", "Out", 8, TrayDisplay::kOther, 0);
+        row("Out with notes", "Out", 8, TrayDisplay::kOtherWithNotes, 2);
+        row("In with notes", "In", 3, TrayDisplay::kInWithNotes, 1);
     }
     void quickStatusChangeReachesTheServer() {
         QFETCH(QString, status);

@@ -1,6 +1,7 @@
-#include "../platform/FreshUserFolders.h"
+#include "FreshUserFolders.h"
+#include "BoxRecorder.h"
+#include "Rows.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "base/TLError.h"
 #include "config/modTLRegistry.h"
 #include "shell/TrayDisplay.h"
@@ -16,38 +17,29 @@ using namespace TrayDisplay;
 // What the tray shows for each state, the pictures themselves, and the shell's small dialogs.
 class TestTrayDisplay : public QObject {
     Q_OBJECT
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     static QColor centreOf(int index, int size) {
         return TrayPictures::Picture(index, size).toImage().pixelColor(size / 5, size / 2);
     }
 
 private slots:
-    void init() {
-        boxes.clear();
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
-    }
+    void init() { boxes.install(); }
 
     void pictureByState_data() {
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<int>("notes");
-        QTest::addColumn<int>("picture");
-        QTest::newRow("signed out") << false << 3 << 0 << kSignedOut;
-        QTest::newRow("signed out with notes") << false << 3 << 2 << kSignedOut;
-        QTest::newRow("in") << true << 3 << 0 << kIn;
-        QTest::newRow("in with notes") << true << 3 << 1 << kInWithNotes;
-        QTest::newRow("unavailable") << true << 6 << 0 << kUnavailable;
-        QTest::newRow("unavailable with notes") << true << 6 << 5 << kUnavailableWithNotes;
-        QTest::newRow("out") << true << 8 << 0 << kOther;
-        QTest::newRow("lunch with notes") << true << 1 << 1 << kOtherWithNotes;
-        QTest::newRow("negative count still counts") << true << 7 << -1 << kOtherWithNotes;
-        QTest::newRow("unknown status 9") << true << 9 << 0 << kSignedOut;
-        QTest::newRow("unknown status 9 with notes") << true << 9 << 3 << kSignedOut;
-        QTest::newRow("status 0") << true << 0 << 0 << kSignedOut;
+        columns<bool, int, int, int>("valid", "status", "notes", "picture");
+        row("signed out", false, 3, 0, kSignedOut);
+        row("signed out with notes", false, 3, 2, kSignedOut);
+        row("in", true, 3, 0, kIn);
+        row("in with notes", true, 3, 1, kInWithNotes);
+        row("unavailable", true, 6, 0, kUnavailable);
+        row("unavailable with notes", true, 6, 5, kUnavailableWithNotes);
+        row("out", true, 8, 0, kOther);
+        row("lunch with notes", true, 1, 1, kOtherWithNotes);
+        row("negative count still counts", true, 7, -1, kOtherWithNotes);
+        row("unknown status 9", true, 9, 0, kSignedOut);
+        row("unknown status 9 with notes", true, 9, 3, kSignedOut);
+        row("status 0", true, 0, 0, kSignedOut);
     }
     void pictureByState() {
         QFETCH(bool, valid);

@@ -1,4 +1,4 @@
-#include "../platform/FreshUserFolders.h"
+#include "FreshUserFolders.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
 #include "base/MsgBox.h"

@@ -1,4 +1,5 @@
-#include "../identity/SignInFixture.h"
+#include "SignInFixture.h"
+#include "Rows.h"
 #include "base/Clock.h"
 #include "base/Twips.h"
 #include "directory/DirectoryLoaders.h"
@@ -181,10 +182,10 @@ private slots:
     }
 
     void twelveStatusesStartASecondColumn_data() {
-        QTest::addColumn<int>("count");
-        QTest::newRow("eleven") << 11;
-        QTest::newRow("twelve") << 12;
-        QTest::newRow("twenty-four") << 24;
+        columns<int>("count");
+        row("eleven", 11);
+        row("twelve", 12);
+        row("twenty-four", 24);
     }
     void twelveStatusesStartASecondColumn() {
         QFETCH(int, count);

@@ -1,4 +1,5 @@
 #include "FtpServer.h"
+#include "Rows.h"
 #include "update/FtpSession.h"
 
 #include <QDir>
@@ -101,11 +102,10 @@ private slots:
     }
 
     void wholeUpdateSequence_data() {
-        QTest::addColumn<QString>("user");
-        QTest::addColumn<QString>("directory");
-        QTest::newRow("account, relative directory") << kUser << "updates";
-        QTest::newRow("anonymous, absolute directory") << QString() << "/updates";
-        QTest::newRow("account, root") << kUser << "/";
+        columns<QString, QString>("user", "directory");
+        row("account, relative directory", kUser, "updates");
+        row("anonymous, absolute directory", QString(), "/updates");
+        row("account, root", kUser, "/");
     }
 
     void wholeUpdateSequence() {
@@ -151,20 +151,16 @@ private slots:
     }
 
     void connectFails_data() {
-        QTest::addColumn<QString>("host");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<long>("timeout");
-        QTest::addColumn<QString>("error"); // a pattern
+        // a pattern
+        columns<QString, QString, long, QString>("host", "password", "timeout", "error");
         const QString closed = QString::number(closedPort);
         const QString silentSite = "127.0.0.1:" + QString::number(silent.serverPort());
-        QTest::newRow("wrong password") << ftp->site() << "wrong" << 5L << "^Error:530:";
-        QTest::newRow("refused") << "127.0.0.1:" + closed << kPassword << 5L
-                                 << "^Error:7:.*port " + closed + ' ';
-        QTest::newRow("no port means 21")
-            << "127.0.0.1" << kPassword << 5L << "^Error:7:.*port 21 ";
-        QTest::newRow("unknown host") << "no-such-host.invalid" << kPassword << 5L << "^Error:6:";
-        QTest::newRow("server never greets") << silentSite << kPassword << 1L << "^Error:28:";
-        QTest::newRow("not a host") << "ftp.example.com/x" << kPassword << 5L << "^Error:3:";
+        row("wrong password", ftp->site(), "wrong", 5L, "^Error:530:");
+        row("refused", "127.0.0.1:" + closed, kPassword, 5L, "^Error:7:.*port " + closed + ' ');
+        row("no port means 21", "127.0.0.1", kPassword, 5L, "^Error:7:.*port 21 ");
+        row("unknown host", "no-such-host.invalid", kPassword, 5L, "^Error:6:");
+        row("server never greets", silentSite, kPassword, 1L, "^Error:28:");
+        row("not a host", "ftp.example.com/x", kPassword, 5L, "^Error:3:");
     }
 
     void connectFails() {
@@ -232,12 +228,10 @@ private slots:
     }
 
     void deletedByItsOwnHandler_data() {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("password");
+        columns<QString, QString>("kind", "password");
         for (const char* kind : {"Reply", "Connected", "Progress", "Done"})
-            QTest::newRow(kind) << kind << kPassword;
-        QTest::newRow("Error") << "Error"
-                               << "wrong";
+            row(kind, kind, kPassword);
+        row("Error", "Error", "wrong");
     }
 
     void deletedByItsOwnHandler() {

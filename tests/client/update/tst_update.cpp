@@ -1,5 +1,6 @@
-#include "../platform/FreshUserFolders.h"
+#include "FreshUserFolders.h"
 #include "FtpServer.h"
+#include "Rows.h"
 #include "base/MsgBox.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
@@ -101,26 +102,15 @@ private slots:
     // file that was published.
     // Rows that start the file come last: starting ends the program for good.
     void transfer_data() {
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("digest");
-        QTest::addColumn<bool>("started");
-        QTest::addColumn<QString>("logged");
+        columns<QString, QString, QString, bool, QString>("password", "file", "digest", "started",
+                                                          "logged");
         const QString good = sha256(kUpdateScript);
-        QTest::newRow("digest differs")
-            << "secret"
-            << "tavlo.run" << QString(64, '0') << false << "does not match its published checksum";
-        QTest::newRow("wrong password") << "guess"
-                                        << "tavlo.run"
-                                        << "" << false << "AsyncError:  ";
-        QTest::newRow("file missing") << "secret"
-                                      << "gone.run"
-                                      << "" << false << "File missing from remote server";
-        QTest::newRow("good") << "secret"
-                              << "tavlo.run"
-                              << "" << true << "File Transfered Successfully";
-        QTest::newRow("digest matches") << "secret"
-                                        << "tavlo.run" << good << true << "Disconnecting";
+        row("digest differs", "secret", "tavlo.run", QString(64, '0'), false,
+            "does not match its published checksum");
+        row("wrong password", "guess", "tavlo.run", "", false, "AsyncError:  ");
+        row("file missing", "secret", "gone.run", "", false, "File missing from remote server");
+        row("good", "secret", "tavlo.run", "", true, "File Transfered Successfully");
+        row("digest matches", "secret", "tavlo.run", good, true, "Disconnecting");
     }
     void transfer() {
         QFETCH(QString, password);
@@ -157,9 +147,9 @@ private slots:
 
     // Cancel asks first: No lets the download go on, Yes stops it and leaves the part fetched.
     void cancel_data() {
-        QTest::addColumn<int>("reply");
-        QTest::newRow("no") << int(vb::vbNo);
-        QTest::newRow("yes") << int(vb::vbYes);
+        columns<int>("reply");
+        row("no", int(vb::vbNo));
+        row("yes", int(vb::vbYes));
     }
     void cancel() {
         QFETCH(int, reply);
@@ -200,18 +190,10 @@ private slots:
     // The listing gives the size; a directory is passed over; a size that is no number leaves
     // the share unshown while bytes still count; no rate within the first second.
     void listingAndProgress_data() {
-        QTest::addColumn<QString>("entry");
-        QTest::addColumn<QString>("size");
-        QTest::addColumn<QString>("percent");
-        QTest::newRow("file") << "-rw-r--r-- 1 2000 update update Nov 23 12:00 tavlo.run\r\n"
-                              << "2000"
-                              << "25%";
-        QTest::newRow("directory") << "drwxr-xr-x 2 4096 update update Nov 23 12:00 tavlo.run"
-                                   << "kept"
-                                   << "";
-        QTest::newRow("size no number") << "-rw-r--r-- 1 many update update Nov 23 12:00 x"
-                                        << "many"
-                                        << "";
+        columns<QString, QString, QString>("entry", "size", "percent");
+        row("file", "-rw-r--r-- 1 2000 update update Nov 23 12:00 tavlo.run\r\n", "2000", "25%");
+        row("directory", "drwxr-xr-x 2 4096 update update Nov 23 12:00 tavlo.run", "kept", "");
+        row("size no number", "-rw-r--r-- 1 many update update Nov 23 12:00 x", "many", "");
     }
     void listingAndProgress() {
         QFETCH(QString, entry);

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "../platform/FreshUserFolders.h"
+#include "FreshUserFolders.h"
+#include "BoxRecorder.h"
 #include "RecordingGateway.h"
 #include "TavloServerProcess.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "config/frmTLSettings.h"
 #include "config/modTLRegistry.h"
 #include "shell/TLMain.h"
@@ -22,7 +22,7 @@ class SignInFixture {
 public:
     std::unique_ptr<TavloServerProcess> server;
     std::unique_ptr<RecordingGateway> gateway;
-    QList<MsgBoxCall> boxes;
+    BoxRecorder boxes;
 
     bool start() {
         server = std::make_unique<TavloServerProcess>(TavloServerProcess::Data::Demo);
@@ -34,10 +34,7 @@ public:
 
     // Signed out, no forms, empty stored settings, live settings pointing at the gateway.
     void reset() {
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return int(vb::vbOK);
-        });
+        boxes.install();
         if (TLMain().ActiveUser().ValidUser())
             TLMain().ActiveUser().Logout();
         FormRegistry::instance().unloadAll();
