@@ -30,33 +30,11 @@ public:
     QSqlQuery exec(const QString& sql, const QVariantList& values = {});
 
     // Runs body as one transaction under the writer lock, then bumps the data version.
-    template <class F> auto write(F&& body) {
-        QMutexLocker lock(&m_writer);
-        Transaction transaction(*this);
-        if constexpr (std::is_void_v<decltype(body())>) {
-            body();
-            transaction.commit();
-            ++m_version;
-        } else {
-            auto result = body();
-            transaction.commit();
-            ++m_version;
-            return result;
-        }
-    }
+    template <class F> auto write(F&& body) { return transact(std::forward<F>(body), true); }
     // The same for bookkeeping no answer shows (sessions): the data version stays, so cached
     // answers stay good.
     template <class F> auto writeQuietly(F&& body) {
-        QMutexLocker lock(&m_writer);
-        Transaction transaction(*this);
-        if constexpr (std::is_void_v<decltype(body())>) {
-            body();
-            transaction.commit();
-        } else {
-            auto result = body();
-            transaction.commit();
-            return result;
-        }
+        return transact(std::forward<F>(body), false);
     }
     std::uint64_t dataVersion() const { return m_version.load(); }
 
@@ -70,6 +48,21 @@ public:
     QString dump();
 
 private:
+    template <class F> auto transact(F&& body, bool bumpVersion) {
+        QMutexLocker lock(&m_writer);
+        Transaction transaction(*this);
+        if constexpr (std::is_void_v<decltype(body())>) {
+            body();
+            transaction.commit();
+            m_version += bumpVersion ? 1 : 0;
+        } else {
+            auto result = body();
+            transaction.commit();
+            m_version += bumpVersion ? 1 : 0;
+            return result;
+        }
+    }
+
     class Transaction {
     public:
         explicit Transaction(Database& db);
