@@ -79,6 +79,9 @@ private slots:
         QCOMPARE(data.DBOLong(QVariant(2.5)), 2);
         QCOMPARE(data.DBOLong(QVariant(3.5)), 4);
         QCOMPARE(data.DBOLong(QStringLiteral("99999999999")), 0); // overflow ends quietly
+        QCOMPARE(data.DBOLong(QVariant(qlonglong(-2147483648LL))), INT32_MIN);
+        QCOMPARE(data.DBOLong(QVariant(qlonglong(2147483648LL))), 0);
+        QCOMPARE(data.DBOLong(QVariant(true)), 0); // "True" reads as no number
         QCOMPARE(data.DBODouble(QVariant()), 0.0);
         QCOMPARE(data.DBODouble(QStringLiteral("2.75kg")), 2.75);
     }
