@@ -11,7 +11,6 @@
 #include "wire/RowsetWriter.h"
 #include "wire/Statement.h"
 #include <QDateTime>
-#include <QTextStream>
 #include <exception>
 
 namespace {

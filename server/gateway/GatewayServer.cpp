@@ -47,21 +47,23 @@ std::string sessionCookie(const QString& token) {
     return SessionStore::SetCookie(token, ServerSettings::Current().secureCookies).toStdString();
 }
 
+// The fields of a page request, from the query and the posted form alike.
+QHash<QString, QString> fieldsOf(const httplib::Request& req) {
+    QHash<QString, QString> fields;
+    for (const auto& [name, value] : req.params)
+        fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+    return fields;
+}
+
 // The posted form's fields only: a password never travels in a URL, where logs and
 // histories keep it.
 QHash<QString, QString> postedFields(const httplib::Request& req) {
     QHash<QString, QString> fields;
     if (req.method != "POST")
         return fields;
-    for (const auto& [name, value] : req.params)
-        fields.insert(QString::fromStdString(name), QString::fromStdString(value));
-    return fields;
-}
-
-// The fields of a page request, from the query and the posted form alike.
-QHash<QString, QString> fieldsOf(const httplib::Request& req) {
-    QHash<QString, QString> fields;
-    for (const auto& [name, value] : req.params)
+    httplib::Params body;
+    httplib::detail::parse_query_text(req.body, body);
+    for (const auto& [name, value] : body)
         fields.insert(QString::fromStdString(name), QString::fromStdString(value));
     return fields;
 }

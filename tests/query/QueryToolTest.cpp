@@ -148,12 +148,6 @@ private slots:
         QTest::newRow("unreadable password file") << QStringList{
             "--sign-in",          "ann",      "--password-file", "/nonexistent/pw", "--url",
             "http://127.0.0.1:1", "EXEC tl_x"};
-        QTest::newRow("sign-in without a server") << QStringList{"--sign-in", "ann", "--file", "x"};
-        QTest::newRow("password file alone")
-            << QStringList{"--password-file", "pw", "--url", "http://127.0.0.1:1", "EXEC tl_x"};
-        QTest::newRow("unreadable password file") << QStringList{
-            "--sign-in",          "ann",      "--password-file", "/nonexistent/pw", "--url",
-            "http://127.0.0.1:1", "EXEC tl_x"};
         QTest::newRow("unknown option") << QStringList{"--frobnicate"};
         QTest::newRow("bad time-out")
             << QStringList{"--timeout", "soon", "--url", "http://127.0.0.1:1", "EXEC tl_x"};
