@@ -9,6 +9,7 @@
 #include "catalogue/ServerSettings.h"
 #include "gateway/GatewayServer.h"
 #include "mail/Outbox.h"
+#include "store/ChangeFeed.h"
 #include "store/Database.h"
 #include "store/DemoOrganisation.h"
 #include "store/PasswordHash.h"
@@ -27,13 +28,6 @@
 #include <thread>
 
 namespace {
-
-GatewayServer* g_server = nullptr;
-
-void stopOnSignal(int) {
-    if (g_server)
-        g_server->Stop();
-}
 
 QString defaultDatabase() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
@@ -71,8 +65,51 @@ void sweep(Database& db) {
     }
 }
 
-int serve(Database& db, const QString& listen, const QString& smtp, const QString& publicUrl,
-          const ServerSettings& settings) {
+struct ServeOptions {
+    QString listen;
+    QString smtp;
+    QString publicUrl;
+    ServerSettings settings;
+    GatewayOptions gateway;
+};
+
+// The serve options past the settings: the answer cache, trusted proxies, connection caps.
+std::optional<ServeOptions> serveOptions(const QCommandLineParser& parser) {
+    ServeOptions options;
+    options.listen = parser.value(QStringLiteral("listen"));
+    options.smtp = parser.value(QStringLiteral("smtp"));
+    options.publicUrl = parser.value(QStringLiteral("public-url"));
+    options.settings = {
+        parser.value(QStringLiteral("helpdesk-mail")).trimmed(),
+        parser.value(QStringLiteral("mail-from")).trimmed(),
+        options.publicUrl.startsWith(QStringLiteral("https:"), Qt::CaseInsensitive)};
+    bool ok = true;
+    auto number = [&](const char* name, int least, int most) {
+        bool read = false;
+        const int value = parser.value(QLatin1String(name)).toInt(&read);
+        if (!read || value < least || value > most) {
+            QTextStream(stderr) << "--" << name << " takes a whole number from " << least << " to "
+                                << most << '\n';
+            ok = false;
+        }
+        return value;
+    };
+    options.gateway.cacheBytes = std::size_t(number("cache-mb", 0, 65536)) << 20;
+    options.gateway.limits.connectionsPerAddress =
+        number("max-connections-per-address", 1, 1 << 20);
+    options.gateway.limits.workers = number("workers", 1, 512);
+    options.settings.chatWindowSeconds = number("chat-window", 9, 3600);
+    options.gateway.trustedProxies = parser.values(QStringLiteral("trusted-proxy"));
+    if (!ok)
+        return std::nullopt;
+    return options;
+}
+
+int serve(Database& db, const ServeOptions& options) {
+    const QString& listen = options.listen;
+    const QString& smtp = options.smtp;
+    const QString& publicUrl = options.publicUrl;
+    const ServerSettings& settings = options.settings;
     if (!settings.helpDeskMail.isEmpty() && !isSingleAddress(settings.helpDeskMail)) {
         QTextStream(stderr) << "--helpdesk-mail takes one address, as in help@example.org\n";
         return 2;
@@ -94,7 +131,13 @@ int serve(Database& db, const QString& listen, const QString& smtp, const QStrin
         return 2;
     }
     const QString host = listen.left(colon);
-    GatewayServer server(db);
+    // Servers sharing a PostgreSQL database tell each other of their writes.
+    std::unique_ptr<ChangeFeed> feed;
+    if (db.isPostgres()) {
+        feed = std::make_unique<ChangeFeed>(db);
+        db.onChange([feed = feed.get()] { feed->Changed(); });
+    }
+    GatewayServer server(db, options.gateway);
     QString error;
     if (!server.Bind(host, port, &error)) {
         QTextStream(stderr) << error << '\n';
@@ -103,9 +146,6 @@ int serve(Database& db, const QString& listen, const QString& smtp, const QStrin
     Recovery::SetPublicBaseUrl(publicUrl.isEmpty()
                                    ? QStringLiteral("http://%1:%2").arg(host).arg(server.Port())
                                    : publicUrl);
-    g_server = &server;
-    std::signal(SIGINT, stopOnSignal);
-    std::signal(SIGTERM, stopOnSignal);
     QTextStream(stdout) << "listening on " << host << ':' << server.Port() << Qt::endl;
 
     std::atomic<bool> running{true};
@@ -132,7 +172,7 @@ int serve(Database& db, const QString& listen, const QString& smtp, const QStrin
     if (mailer.joinable())
         mailer.join();
     sweeper.join();
-    g_server = nullptr;
+    db.onChange({});
     return 0;
 }
 
@@ -173,6 +213,21 @@ int release(const QCommandLineParser& parser, const QString& dbUrl) {
     for (const QString& line : Releases::describe(*parsed.release))
         QTextStream(stdout) << line << '\n';
     return 0;
+}
+
+void addServeOptions(QCommandLineParser& parser) {
+    const auto add = [&](const char* name, const char* description, const char* valueName,
+                         const char* fallback) {
+        parser.addOption({QLatin1String(name), QLatin1String(description), QLatin1String(valueName),
+                          QLatin1String(fallback)});
+    };
+    add("cache-mb", "serve: the answer cache's budget in MB", "mb", "64");
+    add("max-connections-per-address", "serve: open connections one address may hold", "n", "4096");
+    add("workers", "serve: requests answered at once", "n", "16");
+    add("chat-window", "serve: seconds without a heartbeat after which a client is off chat",
+        "seconds", "90");
+    add("trusted-proxy", "serve: a reverse proxy's address, whose X-Real-IP names the client",
+        "address", "");
 }
 
 void addReleaseOptions(QCommandLineParser& parser) {
@@ -220,6 +275,7 @@ int main(int argc, char* argv[]) {
     parser.addOption({QStringLiteral("mail-from"),
                       QStringLiteral("the address every mail goes out from"),
                       QStringLiteral("address"), QStringLiteral("tavlo@localhost")});
+    addServeOptions(parser);
     addReleaseOptions(parser);
     parser.process(app);
     const QStringList args = parser.positionalArguments();
@@ -246,14 +302,10 @@ int main(int argc, char* argv[]) {
             return 0;
         }
         db.createSchema();
-        if (command == QStringLiteral("serve"))
-            return serve(db, parser.value(QStringLiteral("listen")),
-                         parser.value(QStringLiteral("smtp")),
-                         parser.value(QStringLiteral("public-url")),
-                         {parser.value(QStringLiteral("helpdesk-mail")).trimmed(),
-                          parser.value(QStringLiteral("mail-from")).trimmed(),
-                          parser.value(QStringLiteral("public-url"))
-                              .startsWith(QStringLiteral("https:"), Qt::CaseInsensitive)});
+        if (command == QStringLiteral("serve")) {
+            const auto options = serveOptions(parser);
+            return options ? serve(db, *options) : 2;
+        }
         if (command == QStringLiteral("outbox")) {
             for (const QString& line : Outbox::List(db))
                 QTextStream(stdout) << line << '\n';

@@ -1,5 +1,6 @@
 #include "Board.h"
 
+#include "ChatPresence.h"
 #include "RowsetFromQuery.h"
 #include "store/Database.h"
 #include <QDateTime>
@@ -34,7 +35,7 @@ const QString kSelect =
         ", c.organizationlocationsys AS \"OrganizationLocationSys\", s.statussys AS \"StatusSys\", "
         "s.statustext AS \"Status\", s.colorsys AS \"ColorSys\", k.colorcode AS \"ColorCode\", "
         "s.picturelocation AS \"StatusPictureLocation\", "
-        "CASE WHEN c.chatstatus = 1 AND c.chatseenat >= ? THEN 1 ELSE 0 END AS \"ChatStatus\", "
+        "c.chatstatus AS \"ChatStatus\", "
         "c.comment AS \"comment\", c.returnat AS \"returningtext\", "
         "CASE WHEN f.contactsys IS NULL THEN 0 ELSE 1 END AS \"myfriend\" "
         "FROM contact c "
@@ -75,12 +76,25 @@ QTime readTime(const QString& text) {
     return QTime();
 }
 
+// Someone is on chat while their client says so and its heartbeat keeps coming.
+void markOnChat(wire::Rowset& rowset) {
+    const int contact = columnOf(rowset, QStringLiteral("ContactSys"));
+    const int chat = columnOf(rowset, QStringLiteral("ChatStatus"));
+    if (contact < 0 || chat < 0)
+        return;
+    auto& presence = ChatPresence::instance();
+    for (auto& row : rowset.rows)
+        if (row[size_t(chat)].toInt() == 1 && !presence.OnChat(row[size_t(contact)].toLongLong()))
+            row[size_t(chat)] = 0;
+}
+
 } // namespace
 
-QString chatSeenSince() {
-    return QDateTime::currentDateTime()
-        .addSecs(-kChatHeartbeatSeconds)
-        .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"));
+int columnOf(const wire::Rowset& rowset, const QString& name) {
+    for (size_t i = 0; i < rowset.columns.size(); ++i)
+        if (rowset.columns[i].name == name)
+            return int(i);
+    return -1;
 }
 
 QString now() {
@@ -122,8 +136,9 @@ QString storedMoment(const QVariant& date, const QVariant& time) {
 
 wire::Rowset people(Database& db, qint64 askingUser, const QString& where,
                     const QVariantList& values) {
-    QVariantList all{chatSeenSince(), askingUser};
+    QVariantList all{askingUser};
     all += values;
+    ChatPresence::instance().Swap(db);
     wire::Rowset rowset =
         ReadRowset(db,
                    kSelect + QStringLiteral("WHERE o.disabled = 0 AND (") + where +
@@ -136,6 +151,7 @@ wire::Rowset people(Database& db, qint64 askingUser, const QString& where,
         for (auto& row : rowset.rows)
             row[i] = returningText(row[i]);
     }
+    markOnChat(rowset);
     return rowset;
 }
 

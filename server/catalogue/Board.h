@@ -28,9 +28,8 @@ QString returningText(const QVariant& stored);
 QString storedMoment(const QVariant& date, const QVariant& time);
 
 QString now(); // the present moment as stored
-// A client on chat says so with every poll (each 30 s); one silent for three polls has gone.
-inline constexpr int kChatHeartbeatSeconds = 90;
-// The oldest heartbeat that still counts as being on chat.
-QString chatSeenSince();
+
+// The index of a column by its name, or -1.
+int columnOf(const wire::Rowset& rowset, const QString& name);
 
 } // namespace Board

@@ -1,6 +1,7 @@
 // The board's lists, one person's row, status changes, friends and chat state.
 #include "Board.h"
 #include "Catalogue.h"
+#include "ChatPresence.h"
 #include "RowsetFromQuery.h"
 #include "store/Database.h"
 
@@ -16,6 +17,11 @@ qint64 organizationOfUser(Database& db, const QVariant& userSys) {
                                          "ON c.contactsys = u.contactsys WHERE u.usersys = ?"),
                           {userSys});
     return q.next() ? q.value(0).toLongLong() : 0;
+}
+
+// The user whose friends a list marks: nobody in an answer made for everybody.
+qint64 friendsMarkedFor(const Args& a, int i) {
+    return a.caller().sharedAnswer || a.count() <= i || a.isNull(i) ? 0 : a.integer(i);
 }
 
 // Group, contact, organisation, user, location: each NULL means "any". Without an organisation
@@ -46,7 +52,7 @@ Answer getUserStatuses(Database& db, const Args& a) {
         where += QStringLiteral(" AND c.organizationlocationsys = ?");
         values << location;
     }
-    return Board::people(db, user.isNull() ? 0 : user.toLongLong(), where, values);
+    return Board::people(db, friendsMarkedFor(a, 3), where, values);
 }
 
 // Searches and lists without an organisation stay inside the caller's own.
@@ -63,7 +69,7 @@ Answer getMyFriendsList(Database& db, const Args& a) {
 
 // The company list: the people of the caller's organisation.
 Answer getCompanyPeople(Database& db, const Args& a) {
-    return Board::people(db, a.integer(0), QStringLiteral("c.organizationsys = ?"),
+    return Board::people(db, friendsMarkedFor(a, 0), QStringLiteral("c.organizationsys = ?"),
                          {ownOrganization(a)});
 }
 
@@ -95,7 +101,7 @@ Answer searchContacts(Database& db, const Args& a) {
         where += QStringLiteral(" AND c.ext LIKE ?");
         values << a.text(2);
     }
-    return Board::people(db, a.isNull(3) ? 0 : a.integer(3), where, values);
+    return Board::people(db, friendsMarkedFor(a, 3), where, values);
 }
 
 Answer getContactStatus(Database& db, const Args& a) {
@@ -131,22 +137,15 @@ Answer setStatus(Database& db, const Args& a) {
 }
 
 // The friend is named by contact key (check box) or by user key (menu); the two key ranges
-// never overlap, so a contact key is tried first.
+// never overlap, so a contact key is tried first. Adding a friend twice changes nothing.
 Answer addFriend(Database& db, const Args& a) {
     db.write([&] {
-        QSqlQuery q =
-            db.exec(QStringLiteral("SELECT contactsys FROM contact WHERE contactsys = ? UNION ALL "
-                                   "SELECT contactsys FROM users WHERE usersys = ?"),
-                    {a.value(1), a.value(1)});
-        if (!q.next())
-            return;
-        const QVariant contact = q.value(0);
-        QSqlQuery exists =
-            db.exec(QStringLiteral("SELECT 1 FROM friend WHERE usersys = ? AND contactsys = ?"),
-                    {a.value(0), contact});
-        if (!exists.next())
-            db.exec(QStringLiteral("INSERT INTO friend (usersys, contactsys) VALUES (?, ?)"),
-                    {a.value(0), contact});
+        db.exec(QStringLiteral(
+                    "INSERT INTO friend (usersys, contactsys) SELECT ?, contactsys FROM "
+                    "(SELECT contactsys FROM contact WHERE contactsys = ? UNION ALL "
+                    "SELECT contactsys FROM users WHERE usersys = ?) named WHERE 1 = 1 LIMIT 1 "
+                    "ON CONFLICT DO NOTHING"),
+                {a.value(0), a.value(1), a.value(1)});
     });
     return std::nullopt;
 }
@@ -159,12 +158,22 @@ Answer removeFriend(Database& db, const Args& a) {
     return std::nullopt;
 }
 
+// The heartbeat is kept in memory; the database is written only when the client's chat state
+// turns, so a poll in the usual case writes nothing.
 Answer updateChatStatus(Database& db, const Args& a) {
+    const int online = a.integer(1) == 0 ? 0 : 1;
+    auto& presence = ChatPresence::instance();
+    // Coming back after silence changes what boards show, though nothing is written.
+    if (online && presence.Seen(a.integer(0)))
+        db.bumpVersion();
+    else if (!online)
+        presence.Forget(a.integer(0));
     db.write([&] {
         db.exec(QStringLiteral("UPDATE contact SET chatstatus = ?, chatseenat = ? WHERE "
-                               "contactsys = ?"),
-                {a.integer(1) == 0 ? 0 : 1, Board::now(), a.value(0)});
+                               "contactsys = ? AND chatstatus <> ?"),
+                {online, Board::now(), a.value(0), online});
     });
+    presence.Swap(db);
     return std::nullopt;
 }
 

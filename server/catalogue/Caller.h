@@ -15,6 +15,9 @@ struct Caller {
 
     qint64 openSessionFor = -1; // set by a good sign-in
     bool endSession = false;    // set by the sign-out statement
+    // The answer is made once for everybody: lists mark nobody as a friend, the gateway marks
+    // each asker's friends on its copy.
+    bool sharedAnswer = false;
 
     bool signedIn() const { return userSys >= 0; }
 };

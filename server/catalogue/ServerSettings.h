@@ -11,6 +11,8 @@ struct ServerSettings {
     QString mailFrom = QStringLiteral("tavlo@localhost");
     // Cookies only over HTTPS: the public address is https.
     bool secureCookies = false;
+    // A client on chat says so with every poll; one silent this long has gone.
+    int chatWindowSeconds = 90;
 
     static const ServerSettings& Current();
     static void Set(ServerSettings settings);

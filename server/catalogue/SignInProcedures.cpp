@@ -103,20 +103,20 @@ Answer getSysVB(Database& db, const Args& a) {
     const auto table = keyTables().constFind(word);
     if (table == keyTables().constEnd())
         return rowset; // no such word: no row
+    // One statement takes the number, so writers side by side never get the same one.
     const qint64 key = db.write([&] {
-        QSqlQuery current =
-            db.exec(QStringLiteral("SELECT next_sys FROM sysnumber WHERE word = ?"), {word});
-        qint64 next = 1;
-        if (current.next()) {
-            next = current.value(0).toLongLong();
-            current.finish();
-        } else if (!table->first.isEmpty()) {
-            next = db.nextKey(table->first, table->second);
-        }
-        db.exec(QStringLiteral("DELETE FROM sysnumber WHERE word = ?"), {word});
-        db.exec(QStringLiteral("INSERT INTO sysnumber (word, next_sys) VALUES (?, ?)"),
-                {word, next + 1});
-        return next;
+        const QString take = QStringLiteral(
+            "UPDATE sysnumber SET next_sys = next_sys + 1 WHERE word = ? RETURNING next_sys - 1");
+        QSqlQuery taken = db.exec(take, {word});
+        if (taken.next())
+            return taken.value(0).toLongLong();
+        taken.finish();
+        const qint64 first = table->first.isEmpty() ? 1 : db.nextKey(table->first, table->second);
+        db.exec(QStringLiteral(
+                    "INSERT INTO sysnumber (word, next_sys) VALUES (?, ?) ON CONFLICT DO NOTHING"),
+                {word, first});
+        QSqlQuery retaken = db.exec(take, {word});
+        return retaken.next() ? retaken.value(0).toLongLong() : first;
     });
     rowset.rows.push_back({QVariant(key)});
     return rowset;

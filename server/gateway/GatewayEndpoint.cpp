@@ -3,6 +3,7 @@
 #include "catalogue/Board.h"
 #include "catalogue/CallerLookup.h"
 #include "catalogue/Catalogue.h"
+#include "catalogue/ChatPresence.h"
 #include "catalogue/LogText.h"
 #include "catalogue/ServerSettings.h"
 #include "store/Database.h"
@@ -11,6 +12,8 @@
 #include "wire/RowsetWriter.h"
 #include "wire/Statement.h"
 #include <QDateTime>
+#include <QSet>
+#include <QSqlQuery>
 #include <exception>
 
 namespace {
@@ -39,7 +42,8 @@ QByteArray sessionCookie(const QString& token) {
 
 } // namespace
 
-GatewayEndpoint::GatewayEndpoint(Database& db) : m_db(db) {
+GatewayEndpoint::GatewayEndpoint(Database& db, std::size_t cacheBytes)
+    : m_db(db), m_cache(cacheBytes) {
     registerCatalogue();
 }
 
@@ -105,28 +109,105 @@ bool GatewayEndpoint::withinQuota(const wire::Statement& statement, const Caller
     return true;
 }
 
-// Runs an authorised statement, from the cache where its answer is there. Answers are filed
-// under the caller's organisation too, since some lists depend on it.
-GatewayEndpoint::Reply GatewayEndpoint::run(const wire::Statement& statement, const QString& sql,
+namespace {
+
+// The cache key: the statement as parsed, the argument that only says whose friends to mark
+// left out, and the caller's organisation (some lists depend on it).
+QString cacheKey(const wire::Statement& statement, int sharedArgument, qint64 organization) {
+    QString key = statement.procedure.toLower();
+    for (std::size_t i = 0; i < statement.args.size(); ++i) {
+        const wire::Argument& arg = statement.args[i];
+        key += QChar(0x1f);
+        if (int(i) == sharedArgument)
+            key += QLatin1Char('*');
+        else if (arg.kind == wire::Argument::Kind::Integer)
+            key += QString::number(arg.integer);
+        else if (arg.kind == wire::Argument::Kind::Text)
+            key += QLatin1Char('\'') + arg.text;
+        else
+            key +=
+                arg.kind == wire::Argument::Kind::Null ? QStringLiteral("N") : QStringLiteral("D");
+    }
+    return key + QChar(0x1e) + QString::number(organization);
+}
+
+// The keys of the people a user has as friends.
+QSet<qint64> friendsOf(Database& db, qint64 user) {
+    QSet<qint64> friends;
+    QSqlQuery q =
+        db.exec(QStringLiteral("SELECT contactsys FROM friend WHERE usersys = ?"), {user});
+    while (q.next())
+        friends.insert(q.value(0).toLongLong());
+    return friends;
+}
+
+// A shared list as one user sees it: their friends marked on a copy.
+QByteArray markFriends(Database& db, const AnswerCache::Answer& shared, qint64 user) {
+    const QSet<qint64> friends = friendsOf(db, user);
+    if (friends.isEmpty())
+        return shared.xml;
+    QByteArray copy = shared.xml;
+    char* bytes = copy.data();
+    for (std::size_t row = 0; row < shared.contacts.size(); ++row)
+        if (friends.contains(shared.contacts[row]))
+            bytes[shared.friendMarks[row]] = '1';
+    return copy;
+}
+
+std::shared_ptr<AnswerCache::Answer> written(const wire::Rowset& rowset, bool shared) {
+    auto answer = std::make_shared<AnswerCache::Answer>();
+    answer->xml = wire::RowsetWriter::write(rowset);
+    const int contact = Board::columnOf(rowset, QStringLiteral("ContactSys"));
+    if (!shared || contact < 0)
+        return answer;
+    answer->friendMarks = AnswerCache::FriendMarks(answer->xml, rowset.rows.size());
+    if (answer->friendMarks.empty())
+        return answer;
+    answer->contacts.reserve(rowset.rows.size());
+    for (const auto& row : rowset.rows)
+        answer->contacts.push_back(row[std::size_t(contact)].toLongLong());
+    return answer;
+}
+
+} // namespace
+
+// Runs an authorised statement, from the cache where its answer is there. Board lists are
+// made once for everybody and each asker's friends marked on a copy.
+GatewayEndpoint::Reply GatewayEndpoint::run(const wire::Statement& statement, const QString&,
                                             Caller& caller) {
+    if (!AnswerCache::Cacheable(statement.procedure)) {
+        const Answer answer = Catalogue::instance().run(m_db, statement, caller);
+        if (!answer)
+            return {200, "text/html", QByteArray(), {}};
+        return {200, kRowsetType, wire::RowsetWriter::write(*answer), {}};
+    }
     // The version is read before the statement runs, so an answer is never filed under a
-    // version newer than the data it saw.
-    // Answers also age out: who is on chat changes with time alone.
+    // version newer than the data it saw. Answers also age: who is on chat changes with time.
     const std::uint64_t version =
         (m_db.dataVersion() << 32) |
-        std::uint64_t(QDateTime::currentSecsSinceEpoch() / (Board::kChatHeartbeatSeconds / 3));
-    const bool cacheable = AnswerCache::Cacheable(statement.procedure);
-    const QString key = sql + QChar(0x1f) + QString::number(caller.organizationSys);
-    if (cacheable)
-        if (const auto cached = m_cache.Find(key, version))
-            return {200, kRowsetType, *cached, {}};
-    const Answer answer = Catalogue::instance().run(m_db, statement, caller);
-    if (!answer)
-        return {200, "text/html", QByteArray(), {}};
-    QByteArray written = wire::RowsetWriter::write(*answer);
-    if (cacheable)
-        m_cache.Store(key, version, written);
-    return {200, kRowsetType, written, {}};
+        (std::uint64_t(QDateTime::currentMSecsSinceEpoch() / ChatPresence::answerLifeMs()) &
+         0xffffffffu);
+    int mark = AnswerCache::FriendMarkArgument(statement.procedure, statement.args.size());
+    if (mark >= 0 && statement.args[std::size_t(mark)].kind != wire::Argument::Kind::Integer)
+        mark = -1;
+    const QString key = cacheKey(statement, mark, caller.organizationSys);
+    std::shared_ptr<const AnswerCache::Answer> answer = m_cache.Find(key, version);
+    if (!answer) {
+        caller.sharedAnswer = mark >= 0;
+        const Answer rowset = Catalogue::instance().run(m_db, statement, caller);
+        caller.sharedAnswer = false;
+        if (!rowset)
+            return {200, "text/html", QByteArray(), {}};
+        auto made = written(*rowset, mark >= 0);
+        m_cache.Store(key, version, made);
+        answer = std::move(made);
+    }
+    if (mark < 0 || answer->contacts.empty())
+        return {200, kRowsetType, answer->xml, {}};
+    return {200,
+            kRowsetType,
+            markFriends(m_db, *answer, statement.args[std::size_t(mark)].integer),
+            {}};
 }
 
 bool GatewayEndpoint::Healthy() {

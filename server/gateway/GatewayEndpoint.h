@@ -23,7 +23,8 @@ public:
         QByteArray setCookie; // a Set-Cookie value when the session starts or ends
     };
 
-    explicit GatewayEndpoint(Database& db);
+    explicit GatewayEndpoint(Database& db, std::size_t cacheBytes = 64u << 20);
+    std::size_t CachedBytes() const { return m_cache.Bytes(); }
     // cookieHeader: the request's Cookie header, which may carry the session.
     Reply Handle(const QByteArray& formBody, const QString& peer,
                  const QString& cookieHeader = QString());

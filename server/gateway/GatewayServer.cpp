@@ -1,200 +1,209 @@
 #include "GatewayServer.h"
 
 #include "GatewayEndpoint.h"
+#include "HttpFront.h"
 #include "catalogue/CallerLookup.h"
+#include "catalogue/LogText.h"
 #include "catalogue/ServerSettings.h"
 #include "store/SessionStore.h"
 #include "web/AdminPages.h"
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
 #include "web/WebBoard.h"
-#include <httplib.h>
-#include <sys/socket.h>
-
-struct GatewayServer::Impl {
-    explicit Impl(Database& database) : db(database), endpoint(database) {}
-    Database& db;
-    GatewayEndpoint endpoint;
-    httplib::Server http;
-    int port = 0;
-    int socket = -1;
-};
+#include <QHash>
+#include <QRegularExpression>
+#include <QUrl>
+#include <functional>
 
 namespace {
 
-constexpr int kWorkers = 48;
-constexpr int kListenBacklog = 1024;
-constexpr size_t kPayloadLimit = 16 * 1024;
+using Route = std::function<HttpReply(const HttpRequest&)>;
 
 // Pages are never framed by another site, load nothing from elsewhere, and aren't kept by
 // browsers or proxies (they show a signed-in person's data).
-void answerHtml(httplib::Response& res, int status, const QString& html) {
-    res.status = status;
-    res.set_header("X-Frame-Options", "DENY");
-    res.set_header("Content-Security-Policy",
-                   "default-src 'none'; style-src 'unsafe-inline'; img-src 'self'; "
-                   "form-action 'self'; frame-ancestors 'none'; base-uri 'none'");
-    res.set_header("Cache-Control", "no-store");
-    res.set_header("X-Content-Type-Options", "nosniff");
-    res.set_content(html.toStdString(), "text/html; charset=utf-8");
+HttpReply htmlReply(int status, const QString& html) {
+    HttpReply reply{status, "text/html; charset=utf-8", html.toUtf8(), {}};
+    reply.with("X-Frame-Options", "DENY")
+        .with("Content-Security-Policy",
+              "default-src 'none'; style-src 'unsafe-inline'; img-src 'self'; "
+              "form-action 'self'; frame-ancestors 'none'; base-uri 'none'")
+        .with("Cache-Control", "no-store")
+        .with("X-Content-Type-Options", "nosniff");
+    return reply;
 }
 
-QString cookieOf(const httplib::Request& req) {
-    return QString::fromStdString(req.get_header_value("Cookie"));
+template <class Page> HttpReply pageReply(const Page& page) {
+    return htmlReply(page.status, page.html);
 }
 
-std::string sessionCookie(const QString& token) {
-    return SessionStore::SetCookie(token, ServerSettings::Current().secureCookies).toStdString();
+QString cookieOf(const HttpRequest& req) {
+    return QString::fromLatin1(req.header("cookie"));
 }
 
-// The fields of a page request, from the query and the posted form alike.
-QHash<QString, QString> fieldsOf(const httplib::Request& req) {
+QByteArray sessionCookie(const QString& token) {
+    return SessionStore::SetCookie(token, ServerSettings::Current().secureCookies);
+}
+
+// Fields of an application/x-www-form-urlencoded text, '+' read as a blank, UTF-8.
+void addFormFields(const QByteArray& text, QHash<QString, QString>& fields) {
+    for (const QByteArray& pair : text.split('&')) {
+        if (pair.isEmpty())
+            continue;
+        const qsizetype equals = pair.indexOf('=');
+        auto decode = [](QByteArray part) {
+            return QString::fromUtf8(QByteArray::fromPercentEncoding(part.replace('+', ' ')));
+        };
+        fields.insert(decode(pair.left(equals < 0 ? pair.size() : equals)),
+                      equals < 0 ? QString() : decode(pair.mid(equals + 1)));
+    }
+}
+
+bool isForm(const HttpRequest& req) {
+    return req.method == "POST" &&
+           req.header("content-type").startsWith("application/x-www-form-urlencoded");
+}
+
+// The fields of a page request, from the address and the posted form alike.
+QHash<QString, QString> fieldsOf(const HttpRequest& req) {
     QHash<QString, QString> fields;
-    for (const auto& [name, value] : req.params)
-        fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+    addFormFields(req.query, fields);
+    if (isForm(req))
+        addFormFields(req.body, fields);
     return fields;
 }
 
 // The posted form's fields only: a password never travels in a URL, where logs and
 // histories keep it.
-QHash<QString, QString> postedFields(const httplib::Request& req) {
+QHash<QString, QString> postedFields(const HttpRequest& req) {
     QHash<QString, QString> fields;
-    if (req.method != "POST")
-        return fields;
-    httplib::Params body;
-    httplib::detail::parse_query_text(req.body, body);
-    for (const auto& [name, value] : body)
-        fields.insert(QString::fromStdString(name), QString::fromStdString(value));
+    if (req.method == "POST")
+        addFormFields(req.body, fields);
     return fields;
 }
 
 } // namespace
 
-GatewayServer::GatewayServer(Database& db) : d(std::make_unique<Impl>(db)) {
-    auto& http = d->http;
-    http.set_tcp_nodelay(true);
-    http.new_task_queue = [] { return new httplib::ThreadPool(kWorkers); };
-    http.set_keep_alive_max_count(100);
-    http.set_keep_alive_timeout(2);
-    http.set_read_timeout(5, 0);
-    http.set_write_timeout(5, 0);
-    http.set_payload_max_length(kPayloadLimit);
-    http.set_socket_options([this](socket_t sock) {
-        int yes = 1;
-        ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        d->socket = sock;
-    });
+struct GatewayServer::Impl {
+    Impl(Database& database, GatewayOptions options)
+        : db(database), endpoint(database, options.cacheBytes),
+          trustedProxies(std::move(options.trustedProxies)),
+          front([this](const HttpRequest& req) { return handle(req); }, options.limits) {}
 
-    http.Post("/XMLDemo.asp", [this](const httplib::Request& req, httplib::Response& res) {
-        const GatewayEndpoint::Reply reply =
-            d->endpoint.Handle(QByteArray::fromStdString(req.body),
-                               QString::fromStdString(req.remote_addr), cookieOf(req));
+    HttpReply handle(HttpRequest req);
+    void addRoutes();
+    void add(const char* methods, const char* path, Route route);
+
+    Database& db;
+    GatewayEndpoint endpoint;
+    QStringList trustedProxies;
+    QHash<QString, Route> routes;    // "METHOD /path"
+    QHash<QString, QString> allowed; // "/path" -> "GET, POST"
+    HttpFront front;
+};
+
+void GatewayServer::Impl::add(const char* methods, const char* path, Route route) {
+    const QString where = QLatin1String(path);
+    for (const QString& method : QString::fromLatin1(methods).split(QLatin1Char(' ')))
+        routes.insert(method + QLatin1Char(' ') + where, route);
+    allowed.insert(where,
+                   QString::fromLatin1(methods).replace(QLatin1Char(' '), QStringLiteral(", ")));
+}
+
+void GatewayServer::Impl::addRoutes() {
+    add("POST", "/XMLDemo.asp", [this](const HttpRequest& req) {
+        const GatewayEndpoint::Reply reply = endpoint.Handle(req.body, req.peer, cookieOf(req));
+        HttpReply out{reply.status, reply.contentType, reply.body, {}};
         if (!reply.setCookie.isEmpty())
-            res.set_header("Set-Cookie", reply.setCookie.toStdString());
-        res.status = reply.status;
-        res.set_content(reply.body.toStdString(), reply.contentType.toStdString());
+            out.with("Set-Cookie", reply.setCookie);
+        return out;
     });
-    http.Get("/healthz", [this](const httplib::Request&, httplib::Response& res) {
-        const bool ok = d->endpoint.Healthy();
-        res.status = ok ? 200 : 503;
-        res.set_content(ok ? "ok\n" : "database unavailable\n", "text/plain");
+    add("GET", "/healthz", [this](const HttpRequest&) {
+        const bool ok = endpoint.Healthy();
+        return HttpReply{ok ? 200 : 503,
+                         "text/plain",
+                         ok ? QByteArray("ok\n") : QByteArray("database unavailable\n"),
+                         {}};
     });
-    auto reset = [this](const httplib::Request& req, httplib::Response& res) {
-        const QHash<QString, QString> fields = fieldsOf(req);
-        const ResetPage::Page page = ResetPage::Handle(d->db, req.method == "POST", fields);
-        answerHtml(res, page.status, page.html);
-    };
-    auto loginCheck = [this](const httplib::Request& req, httplib::Response& res) {
-        const WebBoard::Page page =
-            WebBoard::LoginCheck(d->db, postedFields(req), QString::fromStdString(req.remote_addr));
+    add("GET POST", "/reset", [this](const HttpRequest& req) {
+        return pageReply(ResetPage::Handle(db, req.method == "POST", fieldsOf(req)));
+    });
+    add("POST", "/logincheck.asp", [this](const HttpRequest& req) {
+        const WebBoard::Page page = WebBoard::LoginCheck(db, postedFields(req), req.peer);
+        HttpReply reply = pageReply(page);
         if (page.signedInUser >= 0)
-            res.set_header("Set-Cookie",
-                           sessionCookie(SessionStore::Open(d->db, page.signedInUser)));
-        answerHtml(res, page.status, page.html);
-    };
-    auto administrator = [this](const httplib::Request& req, httplib::Response& res) {
-        const QHash<QString, QString> fields = fieldsOf(req);
-        const Caller caller = CallerOf(d->db, SessionStore::TokenIn(cookieOf(req)),
-                                       QString::fromStdString(req.remote_addr));
-        const WebBoard::Page page = AdminPages::Administrator(d->db, caller.userSys, fields);
-        answerHtml(res, page.status, page.html);
-    };
-    auto logout = [this](const httplib::Request& req, httplib::Response& res) {
+            reply.with("Set-Cookie", sessionCookie(SessionStore::Open(db, page.signedInUser)));
+        return reply;
+    });
+    add("GET POST", "/Administrator.asp", [this](const HttpRequest& req) {
+        const Caller caller = CallerOf(db, SessionStore::TokenIn(cookieOf(req)), req.peer);
+        return pageReply(AdminPages::Administrator(db, caller.userSys, fieldsOf(req)));
+    });
+    add("GET POST", "/logout.asp", [this](const HttpRequest& req) {
         const QString token = SessionStore::TokenIn(cookieOf(req));
         if (!token.isEmpty())
-            SessionStore::Close(d->db, token);
-        res.set_header("Set-Cookie", sessionCookie(QString()));
-        const WebBoard::Page page =
-            WebBoard::SignInForm(200, QStringLiteral("You have signed out."));
-        answerHtml(res, page.status, page.html);
-    };
-    http.Get("/Administrator.asp", administrator);
-    http.Post("/Administrator.asp", administrator);
-    http.Get("/logincheck.asp", [](const httplib::Request&, httplib::Response& res) {
-        const WebBoard::Page page = WebBoard::SignInForm(405, QString());
-        res.set_header("Allow", "POST");
-        answerHtml(res, page.status, page.html);
+            SessionStore::Close(db, token);
+        return pageReply(WebBoard::SignInForm(200, QStringLiteral("You have signed out.")))
+            .with("Set-Cookie", sessionCookie(QString()));
     });
-    http.Post("/logincheck.asp", loginCheck);
-    http.Get("/logout.asp", logout);
-    http.Post("/logout.asp", logout);
-    http.Get("/reset", reset);
-    http.Post("/reset", reset);
-    http.Get(R"(/pictures/([A-Za-z0-9_-]{1,40})\.png)",
-             [](const httplib::Request& req, httplib::Response& res) {
-                 const QByteArray png = Pictures::Png(QString::fromStdString(req.matches[1]));
-                 if (png.isEmpty()) {
-                     res.status = 404;
-                     return;
-                 }
-                 res.set_content(png.toStdString(), "image/png");
-             });
-    http.set_exception_handler(
-        [](const httplib::Request&, httplib::Response& res, std::exception_ptr) {
-            answerHtml(res, 500, QStringLiteral("<html><body><h1>Server error</h1></body></html>"));
-        });
-    // Answers the library makes itself (too large, malformed); a route's own error page has a
-    // body and was logged by the route.
-    http.set_error_handler([](const httplib::Request& req, httplib::Response& res) {
-        if (!res.body.empty())
-            return;
-        if (res.status == 413 || res.status == 400)
-            GatewayEndpoint::LogRefusal(QString::fromStdString(req.remote_addr),
-                                        QStringLiteral("HTTP %1 for %2")
-                                            .arg(res.status)
-                                            .arg(QString::fromStdString(req.path)));
-        answerHtml(res, res.status,
-                   QStringLiteral("<html><body><h1>%1</h1></body></html>").arg(res.status));
-    });
+}
+
+HttpReply GatewayServer::Impl::handle(HttpRequest req) {
+    if (trustedProxies.contains(req.peer)) {
+        const QByteArray real = req.header("x-real-ip").trimmed();
+        if (!real.isEmpty())
+            req.peer = QString::fromLatin1(real);
+    }
+    try {
+        const auto route =
+            routes.constFind(QString::fromLatin1(req.method) + QLatin1Char(' ') + req.path);
+        if (route != routes.constEnd())
+            return (*route)(req);
+        static const QRegularExpression picture(
+            QStringLiteral("^/pictures/([A-Za-z0-9_-]{1,40})\\.png$"));
+        if (const auto match = picture.match(req.path); match.hasMatch() && req.method == "GET") {
+            const QByteArray png = Pictures::Png(match.captured(1));
+            if (!png.isEmpty())
+                return {200, "image/png", png, {}};
+        }
+        const auto methods = allowed.constFind(req.path);
+        if (methods == allowed.constEnd())
+            return htmlReply(404, QStringLiteral("<html><body><h1>404</h1></body></html>"));
+        if (req.path == QStringLiteral("/logincheck.asp"))
+            return pageReply(WebBoard::SignInForm(405, QString())).with("Allow", "POST");
+        return htmlReply(405, QStringLiteral("<html><body><h1>405</h1></body></html>"))
+            .with("Allow", methods->toLatin1());
+    } catch (const std::exception& e) {
+        LogLine(QStringLiteral("failed for %1: %2 %3: %4")
+                    .arg(req.peer, QString::fromLatin1(req.method), req.path,
+                         QString::fromLocal8Bit(e.what())));
+        return htmlReply(500, QStringLiteral("<html><body><h1>Server error</h1></body></html>"));
+    }
+}
+
+GatewayServer::GatewayServer(Database& db, GatewayOptions options)
+    : d(std::make_unique<Impl>(db, std::move(options))) {
+    d->addRoutes();
 }
 
 GatewayServer::~GatewayServer() = default;
 
 bool GatewayServer::Bind(const QString& host, int port, QString* error) {
-    const std::string h = host.toStdString();
-    if (port == 0)
-        d->port = d->http.bind_to_any_port(h);
-    else
-        d->port = d->http.bind_to_port(h, port) ? port : -1;
-    if (d->port <= 0) {
-        if (error)
-            *error = QStringLiteral("cannot listen on %1:%2").arg(host).arg(port);
-        return false;
-    }
-    // The library listens with a queue of 5; a busy office opens more connections at once.
-    if (d->socket >= 0)
-        ::listen(d->socket, kListenBacklog);
-    return true;
+    std::string reason;
+    if (d->front.Bind(host.toStdString(), port, &reason))
+        return true;
+    if (error)
+        *error = QString::fromStdString(reason);
+    return false;
 }
 
 int GatewayServer::Port() const {
-    return d->port;
+    return d->front.Port();
 }
 
 void GatewayServer::Run() {
-    d->http.listen_after_bind();
+    d->front.Run();
 }
 
 void GatewayServer::Stop() {
-    d->http.stop();
+    d->front.Stop();
 }

@@ -19,6 +19,22 @@ namespace {
 thread_local int t_openTransactions = 0;
 // Whether this thread's last failed statement failed for want of a connection.
 thread_local bool t_lastFailureWasConnection = false;
+// Statements inside this thread's open transaction that changed something.
+thread_local int t_changes = 0;
+
+// Whether a statement that ran changed stored data: reads never do, INSERT, UPDATE and DELETE
+// when they touched a row, anything else (schema, RETURNING) is taken to have.
+bool changedData(const QString& sql, const QSqlQuery& query) {
+    const QString head = sql.left(8).trimmed().toUpper();
+    if (head.startsWith(QStringLiteral("SELECT")))
+        return false;
+    const bool dml = head.startsWith(QStringLiteral("INSERT")) ||
+                     head.startsWith(QStringLiteral("UPDATE")) ||
+                     head.startsWith(QStringLiteral("DELETE"));
+    if (dml && !sql.contains(QStringLiteral("RETURNING"), Qt::CaseInsensitive))
+        return query.numRowsAffected() > 0;
+    return true;
+}
 
 // The connection itself failed (closed by the server, a restart, no file handle), as opposed
 // to a statement the database refused.
@@ -57,6 +73,23 @@ Database::Database(const QString& url)
     connection(); // fail early with the driver's reason
 }
 
+QString Database::connectionInfo() const {
+    auto quoted = [](QString value) {
+        value.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+            .replace(QLatin1Char('\''), QStringLiteral("\\'"));
+        return QLatin1Char('\'') + value + QLatin1Char('\'');
+    };
+    QString info = QStringLiteral("host=%1 port=%2 dbname=%3 connect_timeout=5")
+                       .arg(quoted(m_host))
+                       .arg(m_port)
+                       .arg(quoted(m_name));
+    if (!m_user.isEmpty())
+        info += QStringLiteral(" user=") + quoted(m_user);
+    if (!m_password.isEmpty())
+        info += QStringLiteral(" password=") + quoted(m_password);
+    return info;
+}
+
 Database::~Database() {
     // Connections of other threads were closed when their threads ended; close this one.
     dropConnection();
@@ -84,6 +117,7 @@ QSqlDatabase Database::connection() {
         db.setUserName(m_user);
         db.setPassword(m_password);
         db.setDatabaseName(m_name);
+        db.setConnectOptions(QStringLiteral("connect_timeout=5"));
     } else {
         db.setDatabaseName(m_path);
         db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
@@ -144,45 +178,99 @@ QSqlQuery Database::execOnce(const QString& sql, const QVariantList& values) {
         // Nothing to bind (PostgreSQL can't prepare schema statements anyway).
         if (!query.exec(sql))
             failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
-        return query;
+    } else {
+        if (!query.prepare(sql))
+            failed(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)));
+        for (const QVariant& value : values)
+            query.addBindValue(value);
+        if (!query.exec())
+            failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
     }
-    if (!query.prepare(sql))
-        failed(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)));
-    for (const QVariant& value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
+    if (t_openTransactions > 0 && changedData(sql, query))
+        ++t_changes;
     return query;
 }
 
-Database::Transaction::Transaction(Database& db) : m_connection(db.connection()) {
-    if (!m_connection.transaction()) {
+Database::Transaction::Transaction(Database& db) : m_db(db), m_connection(db.connection()) {
+    if (!begin()) {
         // A broken connection shows here first: begin once more on a fresh one.
         m_connection = QSqlDatabase();
         db.dropConnection();
         m_connection = db.connection();
-        if (!m_connection.transaction())
+        if (!begin())
             fail(QStringLiteral("cannot begin a transaction"), m_connection.lastError());
     }
     ++t_openTransactions;
+    t_changes = 0;
+}
+
+// SQLite takes its write lock at the start, so that no other process can slip a write in
+// between this one's reads and writes.
+bool Database::Transaction::begin() {
+    if (m_db.m_postgres)
+        return m_connection.transaction();
+    QSqlQuery begin(m_connection);
+    return begin.exec(QStringLiteral("BEGIN IMMEDIATE"));
 }
 
 Database::Transaction::~Transaction() {
     --t_openTransactions;
-    if (!m_done)
+    if (m_done)
+        return;
+    if (m_db.m_postgres)
         m_connection.rollback();
+    else
+        QSqlQuery(m_connection).exec(QStringLiteral("ROLLBACK"));
+}
+
+bool Database::Transaction::changed() const {
+    return t_changes > 0;
 }
 
 void Database::Transaction::commit() {
-    if (!m_connection.commit())
+    bool ok = false;
+    if (m_db.m_postgres) {
+        ok = m_connection.commit();
+    } else {
+        QSqlQuery commit(m_connection);
+        ok = commit.exec(QStringLiteral("COMMIT"));
+    }
+    if (!ok)
         fail(QStringLiteral("cannot commit"), m_connection.lastError());
     m_done = true;
 }
 
+// A transaction that changed nothing ends without a commit (no flush) and leaves the data
+// version, so the answers cached for it stay good.
+void Database::finish(Transaction& transaction, bool bumpVersion) {
+    if (!transaction.changed())
+        return;
+    transaction.commit();
+    if (!bumpVersion)
+        return;
+    ++m_version;
+    if (m_onChange)
+        m_onChange();
+}
+
 qint64 Database::nextKey(const QString& table, const QString& keyColumn) {
     QSqlQuery top =
-        exec(QStringLiteral("SELECT COALESCE(MAX(%1), 0) + 1 FROM %2").arg(keyColumn, table));
+        m_postgres
+            ? exec(QStringLiteral("SELECT nextval('%1')").arg(Schema::sequenceOf(table)))
+            : exec(QStringLiteral("SELECT COALESCE(MAX(%1), 0) + 1 FROM %2").arg(keyColumn, table));
     return top.next() ? top.value(0).toLongLong() : 1;
+}
+
+// Each keyed table's sequence starts past the keys already there, also those that were
+// written without it (an import, an older release).
+void Database::syncSequences() {
+    for (const Schema::KeyedTable& keyed : Schema::keyedTables()) {
+        const QString sequence = Schema::sequenceOf(keyed.table);
+        exec(QStringLiteral("CREATE SEQUENCE IF NOT EXISTS %1").arg(sequence));
+        exec(QStringLiteral("SELECT setval('%1', m) FROM (SELECT MAX(%2) AS m FROM %3) t "
+                            "WHERE m >= (SELECT last_value FROM %1)")
+                 .arg(sequence, keyed.key, keyed.table));
+    }
 }
 
 void Database::createSchema() {
@@ -201,6 +289,8 @@ void Database::createSchema() {
                      .arg(added.table, added.column, added.type));
         });
     }
+    if (m_postgres)
+        syncSequences();
 }
 
 QString Database::dump() {

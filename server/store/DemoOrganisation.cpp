@@ -188,6 +188,8 @@ QStringList Create(Database& db) {
         createUsers(db, hash);
         db.exec(QStringLiteral("INSERT INTO meta (name, value) VALUES ('demo', '1')"));
     });
+    if (db.isPostgres())
+        db.syncSequences();
     return signIns();
 }
 

@@ -81,6 +81,11 @@ QStringList statements(bool postgres) {
     }
     for (const char* index : kIndexes)
         out << QString::fromLatin1(index);
+    // Who is on chat, as each server last heard: shared by the servers on one database, and
+    // kept without the cost of a durable write (lost in a crash, refilled by the next polls).
+    if (postgres)
+        out << QStringLiteral("CREATE UNLOGGED TABLE IF NOT EXISTS chatseen (contactsys BIGINT "
+                              "PRIMARY KEY, seenat BIGINT NOT NULL)");
     return out;
 }
 
@@ -92,6 +97,21 @@ QList<AddedColumn> addedColumns() {
             {QStringLiteral("outbox"), QStringLiteral("nextattempt"), QStringLiteral("TEXT")},
             {QStringLiteral("outbox"), QStringLiteral("gaveup"),
              QStringLiteral("INTEGER NOT NULL DEFAULT 0")}};
+}
+
+QList<KeyedTable> keyedTables() {
+    QList<KeyedTable> out;
+    for (const Table& table : kTables) {
+        const QString columns = QString::fromLatin1(table.columns);
+        const qsizetype blank = columns.indexOf(QLatin1Char(' '));
+        if (columns.mid(blank + 1).startsWith(QStringLiteral("INTEGER PRIMARY KEY")))
+            out.append({QString::fromLatin1(table.name), columns.left(blank)});
+    }
+    return out;
+}
+
+QString sequenceOf(const QString& table) {
+    return table + QStringLiteral("_key");
 }
 
 QStringList tables() {

@@ -17,4 +17,13 @@ struct AddedColumn {
 };
 QList<AddedColumn> addedColumns();
 
+// Tables whose key is one whole number that the server hands out, with that key's column.
+struct KeyedTable {
+    QString table;
+    QString key;
+};
+QList<KeyedTable> keyedTables();
+// The PostgreSQL sequence that hands out a keyed table's keys.
+QString sequenceOf(const QString& table);
+
 } // namespace Schema
