@@ -98,6 +98,7 @@ std::optional<ServeOptions> serveOptions(const QCommandLineParser& parser) {
     options.gateway.limits.connectionsPerAddress =
         number("max-connections-per-address", 1, 1 << 20);
     options.gateway.limits.workers = number("workers", 1, 512);
+    options.gateway.limits.queue = std::size_t(number("queue", 1, 1 << 20));
     options.settings.chatWindowSeconds = number("chat-window", 9, 3600);
     options.gateway.trustedProxies = parser.values(QStringLiteral("trusted-proxy"));
     if (!ok)
@@ -224,6 +225,7 @@ void addServeOptions(QCommandLineParser& parser) {
     add("cache-mb", "serve: the answer cache's budget in MB", "mb", "64");
     add("max-connections-per-address", "serve: open connections one address may hold", "n", "4096");
     add("workers", "serve: requests answered at once", "n", "16");
+    add("queue", "serve: requests that may wait for a worker (more are answered 503)", "n", "512");
     add("chat-window", "serve: seconds without a heartbeat after which a client is off chat",
         "seconds", "90");
     add("trusted-proxy", "serve: a reverse proxy's address, whose X-Real-IP names the client",
