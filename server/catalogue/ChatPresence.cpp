@@ -85,11 +85,18 @@ void ChatPresence::Swap(Database& db) {
         QSqlQuery heard =
             db.exec(QStringLiteral("SELECT contactsys, seenat FROM chatseen WHERE seenat >= ?"),
                     {now - countsForMs()});
-        QMutexLocker lock(&m_mutex);
-        while (heard.next()) {
-            qint64& seen = m_seen[heard.value(0).toLongLong()];
-            seen = std::max(seen, heard.value(1).toLongLong());
+        bool cameBack = false;
+        {
+            QMutexLocker lock(&m_mutex);
+            while (heard.next()) {
+                qint64& seen = m_seen[heard.value(0).toLongLong()];
+                cameBack |= now - seen > countsForMs();
+                seen = std::max(seen, heard.value(1).toLongLong());
+            }
         }
+        // Someone another server heard is on chat again: boards kept here are outdated.
+        if (cameBack)
+            db.bumpVersion();
     } catch (const std::exception& e) {
         LogLine(QStringLiteral("chat presence not shared this time: ") +
                 QString::fromLocal8Bit(e.what()));

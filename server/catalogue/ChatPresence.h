@@ -21,7 +21,8 @@ public:
     // A heartbeat came within the window (here, or at another server by the last swap).
     bool OnChat(qint64 contact);
     // With PostgreSQL: sends this server's heartbeats and takes the others', at most once every
-    // few seconds; errors are left for the next time.
+    // few seconds; errors are left for the next time. Someone back on chat by another
+    // server's word outdates the answers kept here.
     void Swap(Database& db);
 
     // How long a heartbeat counts: the window less the time an answer may be kept, so that a

@@ -181,6 +181,7 @@ GatewayEndpoint::Reply GatewayEndpoint::run(const wire::Statement& statement, co
             return {200, "text/html", QByteArray(), {}};
         return {200, kRowsetType, wire::RowsetWriter::write(*answer), {}};
     }
+    ChatPresence::instance().Swap(m_db); // who other servers heard, also for kept answers
     // The version is read before the statement runs, so an answer is never filed under a
     // version newer than the data it saw. Answers also age: who is on chat changes with time.
     const std::uint64_t version =

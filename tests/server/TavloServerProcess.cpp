@@ -14,8 +14,11 @@ bool TavloServerProcess::postgresRequested() {
     return qgetenv("TAVLO_TEST_ENGINE") == "postgresql";
 }
 
-TavloServerProcess::TavloServerProcess(Data data, const QStringList& serveArguments) {
-    if (postgresRequested()) {
+TavloServerProcess::TavloServerProcess(Data data, const QStringList& serveArguments,
+                                       const QString& sharedDb) {
+    if (!sharedDb.isEmpty()) {
+        m_dbUrl = sharedDb;
+    } else if (postgresRequested()) {
         m_pg = std::make_unique<PgInstance>();
         if (!m_pg->available()) {
             m_failure = QStringLiteral("PostgreSQL can't start: ") + m_pg->reason();

@@ -13,7 +13,9 @@ class PgInstance;
 class TavloServerProcess {
 public:
     enum class Data { Empty, Demo };
-    explicit TavloServerProcess(Data data = Data::Demo, const QStringList& serveArguments = {});
+    // sharedDb: serve an existing database (set up by another server) instead of a fresh one.
+    explicit TavloServerProcess(Data data = Data::Demo, const QStringList& serveArguments = {},
+                                const QString& sharedDb = QString());
     ~TavloServerProcess();
 
     bool started() const { return m_port > 0; }
