@@ -137,6 +137,7 @@ int serve(Database& db, const ServeOptions& options) {
     if (db.isPostgres()) {
         feed = std::make_unique<ChangeFeed>(db);
         db.onChange([feed = feed.get()] { feed->Changed(); });
+        db.onSessionsEnded([feed = feed.get()] { feed->SessionsEnded(); });
     }
     GatewayServer server(db, options.gateway);
     QString error;
@@ -174,6 +175,7 @@ int serve(Database& db, const ServeOptions& options) {
         mailer.join();
     sweeper.join();
     db.onChange({});
+    db.onSessionsEnded({});
     return 0;
 }
 

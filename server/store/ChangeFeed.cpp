@@ -1,6 +1,7 @@
 #include "ChangeFeed.h"
 
 #include "Database.h"
+#include "SessionStore.h"
 #include <QUuid>
 #include <cstdio>
 #include <fcntl.h>
@@ -34,6 +35,11 @@ void ChangeFeed::Changed() {
         wake();
 }
 
+void ChangeFeed::SessionsEnded() {
+    m_sessionsEnded = true;
+    Changed();
+}
+
 void ChangeFeed::wake() {
     const char byte = 1;
     [[maybe_unused]] const auto ignored = ::write(m_pipe[1], &byte, 1);
@@ -64,8 +70,10 @@ void ChangeFeed::run() {
         PQclear(listen);
         if (listening) {
             // Whatever happened while nobody listened is unknown: start afresh.
-            if (heardBefore)
+            if (heardBefore) {
                 m_db.bumpVersion();
+                SessionStore::Outdate();
+            }
             heardBefore = true;
             serve(connection);
         }
@@ -78,10 +86,12 @@ void ChangeFeed::run() {
 // Sends a notice when this server changed data, takes the others' as they come; returns when
 // stopping or when the connection broke.
 bool ChangeFeed::serve(PGconn* connection) {
-    const QByteArray notice = QByteArray("NOTIFY ") + kChannel + ", '" + m_id.toLatin1() + "'";
+    const QByteArray notice = QByteArray("NOTIFY ") + kChannel + ", '" + m_id.toLatin1();
     while (!m_stop) {
         if (m_pending.exchange(false)) {
-            PGresult* sent = PQexec(connection, notice.constData());
+            // " sessions": sessions ended too, which the others must not accept any longer.
+            const QByteArray what = notice + (m_sessionsEnded.exchange(false) ? " sessions'" : "'");
+            PGresult* sent = PQexec(connection, what.constData());
             const bool ok = PQresultStatus(sent) == PGRES_COMMAND_OK;
             PQclear(sent);
             if (!ok) {
@@ -92,8 +102,12 @@ bool ChangeFeed::serve(PGconn* connection) {
         if (!PQconsumeInput(connection))
             return false;
         while (PGnotify* heard = PQnotifies(connection)) {
-            if (m_id != QLatin1String(heard->extra))
+            const QByteArray payload(heard->extra);
+            if (!payload.startsWith(m_id.toLatin1())) {
                 m_db.bumpVersion();
+                if (payload.endsWith(" sessions"))
+                    SessionStore::Outdate();
+            }
             PQfreemem(heard);
         }
         pollfd waiting[2] = {{PQsocket(connection), POLLIN, 0}, {m_pipe[0], POLLIN, 0}};

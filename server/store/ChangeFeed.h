@@ -19,7 +19,8 @@ public:
     ChangeFeed(const ChangeFeed&) = delete;
     ChangeFeed& operator=(const ChangeFeed&) = delete;
 
-    void Changed(); // from any thread, after a commit that changed data
+    void Changed();       // from any thread, after a commit that changed data
+    void SessionsEnded(); // from any thread, after sessions were ended here
 
 private:
     void run();
@@ -32,6 +33,7 @@ private:
     QString m_id; // in our own notices, which are not news to us
     int m_pipe[2] = {-1, -1};
     std::atomic<bool> m_pending{false};
+    std::atomic<bool> m_sessionsEnded{false};
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
 };

@@ -49,6 +49,14 @@ public:
     void bumpVersion() { ++m_version; }
     // Called after each write of this process that changed data (the change feed to others).
     void onChange(std::function<void()> listener) { m_onChange = std::move(listener); }
+    // Sessions ended here; other processes must stop accepting them at once.
+    void sessionsEnded() {
+        if (m_onSessionsEnded)
+            m_onSessionsEnded();
+    }
+    void onSessionsEnded(std::function<void()> listener) {
+        m_onSessionsEnded = std::move(listener);
+    }
 
     // A fresh key for a table: a sequence on PostgreSQL, one past the highest row id on SQLite
     // (where the writer holds the only write lock). Call it inside write().
@@ -108,4 +116,5 @@ private:
     QMutex m_writer;  // SQLite only
     std::atomic<std::uint64_t> m_version{1};
     std::function<void()> m_onChange;
+    std::function<void()> m_onSessionsEnded;
 };

@@ -72,17 +72,23 @@ quint64 Generation() {
     return g_generation.load();
 }
 
+void Outdate() {
+    ++g_generation;
+}
+
 void Close(Database& db, const QString& token) {
     ++g_generation;
     db.writeQuietly([&] {
         db.exec(QStringLiteral("DELETE FROM websession WHERE tokenhash = ?"), {hashOf(token)});
     });
+    db.sessionsEnded();
 }
 
 void CloseAllOf(Database& db, qint64 userSys) {
     ++g_generation;
     db.writeQuietly(
         [&] { db.exec(QStringLiteral("DELETE FROM websession WHERE usersys = ?"), {userSys}); });
+    db.sessionsEnded();
 }
 
 int PurgeLapsed(Database& db) {

@@ -28,6 +28,8 @@ QByteArray SetCookie(const QString& token, bool secure);
 // Goes up whenever this process ends a session, so that copies of callers kept elsewhere
 // can tell they may be stale.
 quint64 Generation();
+// Sessions ended elsewhere (another server): what this process keeps of them is outdated.
+void Outdate();
 // The token in a Cookie header, or an empty text.
 QString TokenIn(const QString& cookieHeader);
 

@@ -161,6 +161,21 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(bobThere("ChatStatus").toInt(), 1, 5000);
     }
 
+    // A sign-out on one server ends the session on the other at once (each keeps signed-in
+    // callers for ten seconds otherwise).
+    void aSignOutHoldsEverywhere() {
+        const QString jar = dir.filePath("carol"); // cookies of 127.0.0.1 go to either port
+        auto post = [&](const TavloServerProcess& server, const QString& sql) {
+            return curl({"-c", jar, "-b", jar, "--data-urlencode", "strSQL=" + sql,
+                         server.baseUrl() + "/XMLDemo.asp"});
+        };
+        const QString poll = QStringLiteral("EXEC tl_GetContactStatus 1003");
+        QVERIFY(post(*first, "EXEC LoginCheck 'carol','demo'").contains("z:row"));
+        QVERIFY(post(*second, poll).contains("z:row"));
+        curl({"-b", jar, first->baseUrl() + "/logout.asp"}); // the jar keeps the old cookie
+        QTRY_VERIFY_WITH_TIMEOUT(!post(*second, poll).contains("z:row"), 1000);
+    }
+
     // With one server gone, the proxy's answers come from the other.
     void oneServerDown() {
         second.reset();
