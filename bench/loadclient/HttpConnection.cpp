@@ -144,6 +144,8 @@ void HttpConnection::onAnswer() {
 void HttpConnection::finish(Outcome outcome) {
     outcome.elapsed = Clock::now() - started_;
     stream_.expires_never();
+    if (closeAfterEach_)
+        close();
     Done done = std::move(done_);
     done_ = nullptr;
     done(std::move(outcome));

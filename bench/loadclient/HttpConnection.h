@@ -31,6 +31,8 @@ public:
     void exchange(const std::string& request, std::chrono::steady_clock::duration timeout,
                   Done done);
     bool busy() const { return static_cast<bool>(done_); }
+    // Closes the connection after each answer, as a fresh libcurl handle per request does.
+    void closeAfterEach() { closeAfterEach_ = true; }
     void close();
 
 private:
@@ -53,6 +55,7 @@ private:
     std::chrono::steady_clock::time_point deadline_;
     bool reused_ = false;
     bool retried_ = false;
+    bool closeAfterEach_ = false;
     std::uint64_t* opened_;
 };
 

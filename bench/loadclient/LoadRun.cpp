@@ -40,8 +40,8 @@ LoadRun::LoadRun(boost::asio::io_context& io, boost::asio::ip::tcp::endpoint ser
                                     std::to_string(users.front().contactSys)),
             stats_, timeout_, log, "poll"));
     for (auto& who : users)
-        clients_.push_back(
-            std::make_unique<TrayClient>(io, server, host, std::move(who), stats_, timeout_));
+        clients_.push_back(std::make_unique<TrayClient>(io, server, host, std::move(who), stats_,
+                                                        timeout_, !options.freshConnections));
     slow_.idle = options.idle;
     for (int i = 0; i < options.idle; ++i)
         idle_.push_back(
@@ -169,7 +169,9 @@ void LoadRun::print(std::ostream& out) const {
     const double whole = std::chrono::duration<double>(ended_ - started_).count();
     out << "timed run: " << clients_.size() << " clients, poll every " << options_.period << " s, "
         << options_.changesPerSecond << " status changes/s, " << options_.boardsPerSecond
-        << " board reads/s, " << timed << " s (all answers in after " << whole << " s)\n";
+        << " board reads/s, "
+        << (options_.freshConnections ? "a new connection per statement, " : "") << timed
+        << " s (all answers in after " << whole << " s)\n";
     stats_.print(out);
     slow_.print(out);
     watch_.print(out, whole);

@@ -15,7 +15,7 @@ constexpr const char* kUsage =
     "         [--changes-per-second 0] [--boards-per-second 0] [--idle 0] [--trickle 0]\n"
     "         [--first-user pat0] [--password demo] [--sign-in-concurrency 4]\n"
     "         [--sign-in-limit 900] [--timeout 30] [--server-pid PID] [--probe-log FILE]\n"
-    "         [--started-file FILE] [--seed 1]\n";
+    "         [--started-file FILE] [--seed 1] [--fresh-connections]\n";
 
 // "http://HOST:PORT" (the path, if any, is ignored: the gateway's is fixed).
 void setUrl(Options& o, const std::string& url) {
@@ -87,6 +87,10 @@ std::optional<Options> parseOptions(int argc, char** argv) {
             if (name == "--help" || name == "-h") {
                 std::cout << kUsage;
                 return std::nullopt;
+            }
+            if (name == "--fresh-connections") {
+                options.freshConnections = true;
+                continue;
             }
             const auto setter = setters().find(name);
             if (setter == setters().end() || i + 1 >= argc)

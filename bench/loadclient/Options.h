@@ -26,6 +26,7 @@ struct Options {
     std::string probeLog;     // each probe's answers, one line each
     std::string startedFile;  // gets the run's start (ms since the epoch) when it starts
     unsigned seed = 1;
+    bool freshConnections = false; // a new connection for every statement (no keep-alive)
 
     std::string hostHeader() const { return host + ':' + port; }
 };

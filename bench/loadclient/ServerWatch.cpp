@@ -76,11 +76,12 @@ void ServerWatch::print(std::ostream& out, double seconds) const {
     if (pid_ > 0) {
         out << "server resident memory (VmRSS): at the start " << mib(startKiB_)
             << " MiB, at the end " << mib(endKiB_) << " MiB, peak " << mib(peakKiB_)
-            << " MiB (sampled each second)\n" << std::setprecision(1);
+            << " MiB (sampled each second)\n"
+            << std::setprecision(1);
         if (endKiB_ == 0)
             out << "the server was gone at the end\n";
-        out << "server CPU: " << std::setprecision(2) << endCpu_ - startCpu_ << " s in " << seconds << " s ("
-            << 100 * (endCpu_ - startCpu_) / seconds << " % of one core)\n";
+        out << "server CPU: " << std::setprecision(2) << endCpu_ - startCpu_ << " s in " << seconds
+            << " s (" << 100 * (endCpu_ - startCpu_) / seconds << " % of one core)\n";
     }
     out << "bench_load CPU: " << std::setprecision(2) << ownEnd_ - ownStart_ << " s ("
         << 100 * (ownEnd_ - ownStart_) / seconds << " % of one core)\n";

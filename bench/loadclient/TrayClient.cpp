@@ -22,9 +22,11 @@ std::string setStatus(const Identity& who, int status) {
 
 TrayClient::TrayClient(boost::asio::io_context& io, boost::asio::ip::tcp::endpoint server,
                        const std::string& host, Identity who, LoadStats& stats,
-                       Clock::duration timeout)
+                       Clock::duration timeout, bool keepAlive)
     : connection_(io, server, stats.connectionsOpened), timer_(io), stats_(stats),
       timeout_(timeout) {
+    if (!keepAlive)
+        connection_.closeAfterEach();
     const std::string contact = std::to_string(who.contactSys);
     const auto post = [&](const std::string& sql) {
         return requests::statement(host, who.cookie, sql);

@@ -17,7 +17,7 @@ class TrayClient {
 public:
     TrayClient(boost::asio::io_context& io, boost::asio::ip::tcp::endpoint server,
                const std::string& host, Identity who, LoadStats& stats,
-               std::chrono::steady_clock::duration timeout);
+               std::chrono::steady_clock::duration timeout, bool keepAlive);
 
     // Polls every period from now + phase.
     void start(std::chrono::steady_clock::duration phase,
