@@ -46,10 +46,15 @@ void LoadStats::printLine(std::ostream& out, Kind kind, const PerKind& k) {
     for (const auto& [name, count] : k.failures)
         errors += count;
     char line[160];
-    std::snprintf(line, sizeof line, "%-15s %8llu %7llu %9.1f %9.1f %9.1f",
-                  std::string(nameOf(kind)).c_str(), static_cast<unsigned long long>(k.sent),
-                  static_cast<unsigned long long>(errors), millis(percentile(sorted, 0.50)),
-                  millis(percentile(sorted, 0.99)), millis(sorted.empty() ? 0 : sorted.back()));
+    if (sorted.empty())
+        std::snprintf(line, sizeof line, "%-15s %8llu %7llu %9s %9s %9s",
+                      std::string(nameOf(kind)).c_str(), static_cast<unsigned long long>(k.sent),
+                      static_cast<unsigned long long>(errors), "-", "-", "-");
+    else
+        std::snprintf(line, sizeof line, "%-15s %8llu %7llu %9.1f %9.1f %9.1f",
+                      std::string(nameOf(kind)).c_str(), static_cast<unsigned long long>(k.sent),
+                      static_cast<unsigned long long>(errors), millis(percentile(sorted, 0.50)),
+                      millis(percentile(sorted, 0.99)), millis(sorted.back()));
     out << line;
     if (errors)
         out << "   (" << joined(k.failures) << ')';
