@@ -44,7 +44,8 @@ void Probe::onAnswer(const Outcome& outcome) {
     stats_.record(kind_, outcome);
     if (log_)
         *log_ << epochMillis() << ' ' << logName_ << ' '
-              << (outcome.ok() ? std::string("200") : outcome.failure) << '\n';
+              << std::chrono::duration_cast<std::chrono::milliseconds>(outcome.elapsed).count()
+              << ' ' << (outcome.ok() ? std::string("200") : outcome.failure) << '\n';
     if (stopped_)
         return;
     if (timer_.expiry() <= Clock::now())

@@ -10,7 +10,7 @@ namespace load {
 
 // Sends one request every 100 ms (or as soon as the last one is answered, when later) on a
 // connection of its own and times it; with a log, writes each answer as
-// "<ms since the epoch> <name> <status or failure>".
+// "<ms since the epoch> <name> <ms it took> <200 or the failure>".
 class Probe {
 public:
     Probe(boost::asio::io_context& io, boost::asio::ip::tcp::endpoint server, Kind kind,
