@@ -67,14 +67,19 @@ void LoadStats::print(std::ostream& out) const {
     out << "kind                sent  errors    p50 ms    p99 ms    max ms   (times of good "
            "answers)\n";
     std::map<std::string, std::uint64_t> all;
+    bool skipped = false;
     for (std::size_t i = 0; i < kKinds; ++i) {
         const PerKind& k = kinds_[i];
         if (k.sent == 0 && k.skipped == 0 && i >= index(Kind::PollProbe))
             continue;
         printLine(out, static_cast<Kind>(i), k);
+        skipped = skipped || k.skipped > 0;
         for (const auto& [name, count] : k.failures)
             all[name] += count;
     }
+    if (skipped)
+        out << "skipped: due but never sent (a poll while the client's last one still waited, "
+               "or work still queued at the end)\n";
     out << "errors by kind: " << (all.empty() ? "none" : joined(all)) << '\n';
     out << "connections opened by the clients and probes: " << connectionsOpened << '\n';
 }
