@@ -24,6 +24,7 @@
 #include <QTextStream>
 #include <QThread>
 #include <csignal>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <thread>
 
@@ -49,6 +50,16 @@ void raiseFileLimit() {
         limit.rlim_cur = limit.rlim_max;
         setrlimit(RLIMIT_NOFILE, &limit);
     }
+}
+
+// The workers build board answers of a megabyte and more and free them at once. Left to itself,
+// the allocator gives each thread an arena of its own and raises its threshold for mapping big
+// blocks, so freed answers stay in sixteen fragmented arenas: the server grew from 30 to over
+// 200 MB under a few board reads. Big blocks are mapped (and given back when freed) and the
+// threads share two arenas.
+void keepMemorySmall() {
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+    mallopt(M_ARENA_MAX, 2);
 }
 
 // Drops what is kept no longer (old reports and mail, spent links, lapsed sessions).
@@ -121,6 +132,7 @@ int serve(Database& db, const ServeOptions& options) {
     }
     ServerSettings::Set(settings);
     raiseFileLimit();
+    keepMemorySmall();
     // The dummy hash that unknown user names are checked against is made now, so that even
     // the first one costs what a wrong password does.
     PasswordHash::verifyNobody(QString());
