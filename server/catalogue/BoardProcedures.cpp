@@ -3,6 +3,7 @@
 #include "Catalogue.h"
 #include "ChatPresence.h"
 #include "RowsetFromQuery.h"
+#include "StatusChange.h"
 #include "store/Database.h"
 
 namespace {
@@ -126,13 +127,9 @@ Answer contactColumns(Database& db, const QString& where, const QVariantList& va
 }
 
 Answer setStatus(Database& db, const Args& a) {
-    const QString moment = Board::storedMoment(a.value(2), a.value(3));
-    db.write([&] {
-        db.exec(QStringLiteral("UPDATE contact SET statussys = ?, returnat = ?, comment = ?, "
-                               "statussetby = ?, statussetat = ? WHERE contactsys = ?"),
-                {a.value(1), moment.isEmpty() ? QVariant() : QVariant(moment), a.value(4),
-                 a.value(5), Board::now(), a.value(0)});
-    });
+    StatusChange::Apply(db,
+                        {a.integer(0), a.integer(1), Board::storedMoment(a.value(2), a.value(3)),
+                         a.value(4), a.integer(5), QStringLiteral("client")});
     return std::nullopt;
 }
 

@@ -24,6 +24,9 @@ Swept Sweep(Database& db) {
                                              "sentat < ?) OR (gaveup = 1 AND queuedat < ?)"),
                               {daysAgo(30), daysAgo(30)})
                           .numRowsAffected();
+        swept.history =
+            db.exec(QStringLiteral("DELETE FROM statushistory WHERE changedat < ?"), {daysAgo(400)})
+                .numRowsAffected();
         swept.resetTokens =
             db.exec(QStringLiteral("DELETE FROM resettoken WHERE used = 1 OR expires < ?"),
                     {daysAgo(0)})

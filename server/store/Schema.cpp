@@ -56,6 +56,11 @@ const Table kTables[] = {
     {"websession", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, lastseen TEXT NOT NULL"},
     {"resettoken", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, expires TEXT NOT NULL, "
                    "used INTEGER NOT NULL DEFAULT 0"},
+    // Who changed whose status, when, from what to what (client or web), kept 400 days.
+    {"statushistory",
+     "historysys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, changedby INTEGER, "
+     "changedat TEXT NOT NULL, fromstatus INTEGER, tostatus INTEGER, fromcomment TEXT, "
+     "tocomment TEXT, via TEXT NOT NULL"},
 };
 
 // Look-ups the board, the poll and sign-in make on every call.
@@ -66,6 +71,7 @@ const char* const kIndexes[] = {
     "CREATE INDEX IF NOT EXISTS contactgroup_contact ON contactgroup (contactsys)",
     "CREATE INDEX IF NOT EXISTS note_unread ON note (contactsys, dateread)",
     "CREATE INDEX IF NOT EXISTS websession_user ON websession (usersys)",
+    "CREATE INDEX IF NOT EXISTS statushistory_when ON statushistory (changedat)",
 };
 
 } // namespace
