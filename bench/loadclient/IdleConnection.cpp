@@ -16,6 +16,8 @@ IdleConnection::IdleConnection(asio::io_context& io, asio::ip::tcp::endpoint ser
     : stream_(io), server_(server), request_(request), counts_(counts), timeout_(timeout) {}
 
 void IdleConnection::start() {
+    parser_.emplace();
+    buffer_.clear();
     stream_.expires_after(timeout_);
     stream_.async_connect(server_, [this](const boost::system::error_code& ec) {
         if (ec)
@@ -25,7 +27,7 @@ void IdleConnection::start() {
                               if (ec)
                                   return fail(ec);
                               http::async_read(
-                                  stream_, buffer_, parser_,
+                                  stream_, buffer_, *parser_,
                                   [this](const boost::system::error_code& ec, std::size_t) {
                                       if (ec)
                                           return fail(ec);
@@ -45,10 +47,10 @@ void IdleConnection::fail(const boost::system::error_code& ec) {
 // Silent from here on; a read ends only when the server closes the connection (or sends
 // something it shouldn't).
 void IdleConnection::waitForClose() {
-    if (parser_.get().result_int() == 200)
+    if (parser_->get().result_int() == 200)
         ++counts_.idleAnswered;
     else
-        ++counts_.idleFailures["status " + std::to_string(parser_.get().result_int())];
+        ++counts_.idleFailures["status " + std::to_string(parser_->get().result_int())];
     answeredAt_ = Clock::now();
     stream_.expires_never();
     stream_.async_read_some(
@@ -58,6 +60,7 @@ void IdleConnection::waitForClose() {
             counts_.idleClosedAfter.push_back(
                 std::chrono::duration<double>(Clock::now() - answeredAt_).count());
             stream_.close();
+            start();
         });
 }
 

@@ -7,11 +7,12 @@
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
+#include <optional>
 
 namespace load {
 
 // A keep-alive connection that sends one good request and then stays open and silent,
-// noting when the server closes it.
+// noting when the server closes it, and then opens again, so the pressure lasts the run.
 class IdleConnection {
 public:
     IdleConnection(boost::asio::io_context& io, boost::asio::ip::tcp::endpoint server,
@@ -31,7 +32,7 @@ private:
     SlowCounts& counts_;
     std::chrono::steady_clock::duration timeout_;
     boost::beast::flat_buffer buffer_;
-    boost::beast::http::response_parser<boost::beast::http::string_body> parser_;
+    std::optional<boost::beast::http::response_parser<boost::beast::http::string_body>> parser_;
     std::array<char, 256> sink_{};
     std::chrono::steady_clock::time_point answeredAt_;
     bool stopped_ = false;
