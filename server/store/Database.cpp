@@ -1,6 +1,7 @@
 #include "Database.h"
 
 #include "Schema.h"
+#include <QHash>
 #include <QSqlError>
 #include <QSqlRecord>
 #include <QThread>
@@ -21,6 +22,10 @@ thread_local int t_openTransactions = 0;
 thread_local bool t_lastFailureWasConnection = false;
 // Statements inside this thread's open transaction that changed something.
 thread_local int t_changes = 0;
+// This thread's prepared statements, by text, for the connection named t_preparedFor.
+thread_local QHash<QString, QSqlQuery> t_prepared;
+thread_local QString t_preparedFor;
+constexpr qsizetype kPreparedPerConnection = 200;
 
 // Whether a statement that ran changed stored data: reads never do, INSERT, UPDATE and DELETE
 // when they touched a row, anything else (schema, RETURNING) is taken to have.
@@ -134,6 +139,8 @@ QSqlDatabase Database::connection() {
 
 void Database::dropConnection() {
     const QString name = connectionName();
+    if (t_preparedFor == name)
+        t_prepared.clear();
     if (!QSqlDatabase::contains(name))
         return;
     QSqlDatabase::database(name, false).close();
@@ -168,26 +175,53 @@ QSqlQuery Database::exec(const QString& sql, const QVariantList& values) {
 QSqlQuery Database::execOnce(const QString& sql, const QVariantList& values) {
     t_lastFailureWasConnection = false;
     QSqlDatabase db = connection();
-    QSqlQuery query(db);
+    QSqlQuery query = values.isEmpty() || !m_postgres ? QSqlQuery(db) : prepared(db, sql);
     auto failed = [&](const QString& what) {
         t_lastFailureWasConnection = connectionLost(db, query.lastError());
+        t_prepared.remove(sql);
         fail(what, query.lastError());
     };
-    query.setForwardOnly(true);
     if (values.isEmpty()) {
         // Nothing to bind (PostgreSQL can't prepare schema statements anyway).
+        query.setForwardOnly(true);
         if (!query.exec(sql))
             failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
     } else {
-        if (!query.prepare(sql))
-            failed(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)));
-        for (const QVariant& value : values)
-            query.addBindValue(value);
+        if (!m_postgres) {
+            query.setForwardOnly(true);
+            if (!query.prepare(sql))
+                failed(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)));
+        }
+        for (qsizetype i = 0; i < values.size(); ++i)
+            query.bindValue(int(i), values[i]);
         if (!query.exec())
             failed(QStringLiteral("cannot run \"%1\"").arg(sql.left(60)));
     }
     if (t_openTransactions > 0 && changedData(sql, query))
         ++t_changes;
+    return query;
+}
+
+// On PostgreSQL a statement is prepared once per connection and run many times: each
+// preparation is a round trip and a plan of its own, and answers come whole, so a kept
+// statement holds nothing open. (SQLite prepares in process; a kept statement there would
+// hold its read snapshot open until it runs again.)
+QSqlQuery Database::prepared(QSqlDatabase& db, const QString& sql) {
+    if (t_preparedFor != db.connectionName()) {
+        t_prepared.clear();
+        t_preparedFor = db.connectionName();
+    }
+    if (const auto found = t_prepared.constFind(sql); found != t_prepared.constEnd())
+        return *found;
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.prepare(sql)) {
+        t_lastFailureWasConnection = connectionLost(db, query.lastError());
+        fail(QStringLiteral("cannot prepare \"%1\"").arg(sql.left(60)), query.lastError());
+    }
+    if (t_prepared.size() >= kPreparedPerConnection)
+        t_prepared.clear();
+    t_prepared.insert(sql, query);
     return query;
 }
 

@@ -34,6 +34,8 @@ public:
     QSqlDatabase connection();
 
     // Runs a prepared statement with positional values; raises std::runtime_error on failure.
+    // Statements with values are prepared once per thread and kept: the answer of one is good
+    // until the same text runs again on the same thread.
     QSqlQuery exec(const QString& sql, const QVariantList& values = {});
 
     // Runs body as one transaction, then bumps the data version if a row changed.
@@ -106,6 +108,7 @@ private:
     QString connectionName() const; // this thread's
     void dropConnection();          // this thread's, so that the next use opens a fresh one
     QSqlQuery execOnce(const QString& sql, const QVariantList& values);
+    QSqlQuery prepared(QSqlDatabase& db, const QString& sql);
 
     QString m_url;
     bool m_postgres = false;
