@@ -120,15 +120,6 @@ private slots:
         QCOMPARE(run.err.count('\n'), 1);
     }
 
-    void aSavedFileThatIsNoRowsetExitsWith3() {
-        QTemporaryDir dir;
-        QFile f(dir.filePath("page.html"));
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("<html><body>404</body></html>");
-        f.close();
-        QCOMPARE(runTool({"--file", f.fileName()}).exitCode, 3);
-    }
-
     void badUsageExitsWith1_data() {
         columns<QStringList>("args");
         const QString url = "http://127.0.0.1:1";
@@ -136,12 +127,10 @@ private slots:
         row("both sources", QStringList{"--url", url, "--file", "x.xml", "EXEC tl_x"});
         row("no statement", QStringList{"--url", url});
         row("two statements", QStringList{"--url", url, "EXEC tl_x", "EXEC tl_y"});
-        row("statement with a file", QStringList{"--file", "x.xml", "EXEC tl_x"});
         row("sign-in without a server", QStringList{"--sign-in", "ann", "--file", "x"});
         row("password file alone", QStringList{"--password-file", "pw", "--url", url, "EXEC tl_x"});
         row("unreadable password file", QStringList{"--sign-in", "ann", "--password-file",
                                                     "/nonexistent/pw", "--url", url, "EXEC tl_x"});
-        row("unknown option", QStringList{"--frobnicate"});
         row("bad time-out", QStringList{"--timeout", "soon", "--url", url, "EXEC tl_x"});
         row("missing file", QStringList{"--file", "/nonexistent/answer.xml"});
     }

@@ -259,6 +259,7 @@ private slots:
         QFETCH(QByteArray, bytes);
         QCOMPARE(cp1252::encode(text), bytes);
     }
+
     void urlEncodeKeepsOnlyLettersAndDigits_data() {
         columns<QString, QString>("text", "encoded");
         row("letters and digits", "azAZ09", "azAZ09");

@@ -81,6 +81,7 @@ private slots:
         QCOMPARE(foreign->description, QString("disk full"));
         QVERIFY(!Guard([] {}));
     }
+
     void firstTouchMakesAndLoadsOnce() {
         QVERIFY(!IsLoaded<frmTLFirst>());
         frmTLFirst& first = Form<frmTLFirst>();
@@ -119,6 +120,7 @@ private slots:
         FormRegistry::instance().unloadAll();
         QVERIFY(FormRegistry::instance().loadedNames().isEmpty());
     }
+
     void numbers_data() {
         columns<QString, bool, double>("text", "numeric", "val");
         row("whole", "180", true, 180.0);

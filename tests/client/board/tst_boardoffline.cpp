@@ -229,6 +229,7 @@ private slots:
         // Trimmed before the star goes: a blank in front of it stays.
         QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("Lee *")), QStringLiteral("Lee "));
     }
+
     void anAnswerFillsTheSheet_data() {
         columns<QList<int>>("contacts");
         row("three people", QList<int>{7, 8, 9});

@@ -80,6 +80,7 @@ private slots:
         QVERIFY2(f.start(), qPrintable(f.server->failure()));
         WindowAlert::SetFlashHook([this](QWindow*) { ++flashes; });
     }
+
     void init() {
         if (!chat || !chat->started())
             chat = std::make_unique<ProsodyServer>();

@@ -246,6 +246,7 @@ private slots:
         QCOMPARE(contact.ContactSys, 1003);
         QVERIFY(boxes.isEmpty());
     }
+
     void statusesInServerOrder() {
         server->setAnswer({200, "text/xml",
                            RowsetBytes({"StatusSys", "Status", "ColorCode"},

@@ -124,6 +124,7 @@ private slots:
         QCOMPARE(source->CursorPos().x(), x + 1);
         withdraw(QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/ScreenSaver"));
     }
+
     void motionOverAWindowGivesThePointerOnTheScreen() {
         QTest::mouseMove(&window, QPoint(30, 10));
         QTRY_COMPARE(own->CursorPos(), window.mapToGlobal(QPoint(30, 10)));

@@ -335,6 +335,7 @@ private slots:
         }
         QCOMPARE(read(kKey, "IdleTime"), QStringLiteral("45 minutes"));
     }
+
     void addWritesAnEntryThatRunsTheProgram() {
         QVERIFY(!AutoStart::IsPresent());
         QVERIFY(AutoStart::Add());
@@ -377,6 +378,7 @@ private slots:
         expectValidEntry(expectedLocation());
         QCOMPARE(programOfExecLine(entryValue(expectedLocation(), QStringLiteral("Exec"))), copy);
     }
+
     void secondProcessOfTheSameExecutableAsksTheFirst() {
         SingleInstance first;
         QVERIFY(first.Claim());

@@ -167,6 +167,7 @@ private slots:
         QCOMPARE(root.SelectedOrganization().OrganizationName, QStringLiteral("Other"));
         QCOMPARE(root.FTP().strFTPSite, QStringLiteral("ftp.example"));
     }
+
     void signedOut() {
         modTLMain::BuildMenuItems();
         QTRY_VERIFY(tray().trayIcon->geometry().isValid()); // embedded in the tray

@@ -54,6 +54,7 @@ class TestTrayTimers : public QObject {
     QStringList moveSideways() {
         return ticks(1, [this] { activity->position.rx() += 7; });
     }
+
     // One tick of the status poll.
     QStringList tick() {
         return f.sentBy([this] { tray().tmrUpdateStatus_Timer(); });
@@ -93,6 +94,7 @@ private slots:
         activity = fake.get();
         modTLMouseActivity::SetSource(std::move(fake));
     }
+
     void cleanupTestCase() { modTLMouseActivity::SetSource(nullptr); }
 
     // Ann signed in and In, the watch on with 15 minutes, chat off, no tick due from the real

@@ -132,7 +132,7 @@ class TestUpdate : public QObject {
         coordinates.strFTPSite = ftp.site();
         coordinates.strFTPDirectory = QStringLiteral("/releases");
         coordinates.strFTPUpdateFileName = file;
-        coordinates.strFTPUserName = QStringLiteral("update");
+        coordinates.strFTPUserName = kUser;
         coordinates.strFTPPassword = password;
         coordinates.strUpdateSha256 = digest;
         Form<frmTLUpdate>().cmdYes->click();
@@ -151,6 +151,7 @@ private slots:
         QVERIFY(probe.listen(QHostAddress::LocalHost));
         closedPort = probe.serverPort();
     }
+
     void init() {
         boxes.install();
         for (const QString& name : {QStringLiteral("update-started"),
@@ -292,11 +293,8 @@ private slots:
         QFETCH(QString, digest);
         QFETCH(bool, started);
         QFETCH(QString, logged);
-        FtpServer ftp(QStringLiteral("update"), QStringLiteral("secret"));
-        QVERIFY2(ftp.started(), qPrintable(ftp.failure()));
-        QVERIFY(publish(ftp));
-
-        updateFrom(ftp, password, file, digest);
+        QVERIFY(publish(*server));
+        updateFrom(*server, password, file, digest);
         const bool failed =
             password != QStringLiteral("secret") || file != QStringLiteral("tavlo.run");
         QCOMPARE(TLMain().FTP().blnAsyncError, failed);
@@ -327,7 +325,7 @@ private slots:
     }
     void cancel() {
         QFETCH(int, reply);
-        FtpServer ftp(QStringLiteral("update"), QStringLiteral("secret"), 100 * 1024);
+        FtpServer ftp(kUser, kPassword, 100 * 1024);
         QVERIFY2(ftp.started(), qPrintable(ftp.failure()));
         QVERIFY(publish(ftp));
         boxes.answer = reply;
