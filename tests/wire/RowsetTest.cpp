@@ -4,7 +4,6 @@
 #include "wire/RowsetWriter.h"
 
 #include "Rows.h"
-#include "WireSample.h"
 #include <QDateTime>
 #include <QFile>
 #include <QtTest>
@@ -13,6 +12,14 @@
 using namespace wire;
 
 namespace {
+
+// One of the rowset files under tests/wire/samples, as the server sends it.
+QByteArray sample(const char* name) {
+    QFile f(QStringLiteral(TAVLO_WIRE_SAMPLES "/") + QLatin1String(name));
+    if (!f.open(QIODevice::ReadOnly))
+        qFatal("missing sample %s", name);
+    return f.readAll();
+}
 
 int columnOf(const Rowset& r, const QString& name) {
     for (std::size_t i = 0; i < r.columns.size(); ++i) {
@@ -52,7 +59,7 @@ const char* kHead = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'\n"
                     "\t</s:ElementType>\n"
                     "</s:Schema>\n";
 
-// A one-column rowset whose data part is the given text.
+// A one-column rowset whose data element holds the given text.
 QByteArray withData(const QByteArray& data) {
     return QByteArray(kHead) + data + "\n</xml>";
 }
@@ -158,13 +165,13 @@ private slots:
         QCOMPARE(r.rows.at(0).at(0).toString(), text);
     }
 
-    void emptyDataPartGivesColumnsAndNoRows_data() {
+    void emptyDataGivesColumnsAndNoRows_data() {
         columns<QByteArray, int>("bytes", "columns");
         row("sign-in that found nobody", sample("empty.xml"), 6);
         row("open and close", withData("<rs:data>\n</rs:data>"), 1);
         row("only foreign elements", withData("<rs:data><z:other a='1'/></rs:data>"), 1);
     }
-    void emptyDataPartGivesColumnsAndNoRows() {
+    void emptyDataGivesColumnsAndNoRows() {
         QFETCH(QByteArray, bytes);
         QFETCH(int, columns);
         const Rowset r = RowsetReader::read(bytes);
@@ -314,7 +321,7 @@ private slots:
         row("well-formed, no rowset", QByteArray("<xml><answer ok='1'/></xml>"));
         row("schema in a foreign namespace",
             withData("<rs:data/>").replace("uuid:BDC6E3F0", "uuid:00000000"));
-        row("schema, no data part", QByteArray(kHead) + "</xml>");
+        row("schema, no data element", QByteArray(kHead) + "</xml>");
         row("UTF-16 cut in half a character", sample("utf16.xml").chopped(1));
         row("NUL inside",
             withData(QByteArray("<rs:data><z:row comment='a\0b'/>", 32) + "</rs:data>"));
