@@ -136,19 +136,6 @@ void copySavedControls(const frmTLSettings& form, TLSettings& settings) {
         settings.SetOrganizationLocationSys(*location);
 }
 
-std::optional<RegistryRoot> rootOf(const QString& text) {
-    bool ok = false;
-    const qint64 number = text.trimmed().toLongLong(&ok);
-    if (!ok || number < std::numeric_limits<std::int32_t>::min() ||
-        number > std::numeric_limits<std::uint32_t>::max())
-        return std::nullopt;
-    const auto handle = static_cast<std::uint32_t>(number);
-    for (auto root : {RegistryRoot::CurrentUser, RegistryRoot::LocalMachine})
-        if (handle == static_cast<std::uint32_t>(root))
-            return root;
-    return std::nullopt;
-}
-
 } // namespace
 
 QString GetRegistryValue(RegistryRoot root, const QString& keyPath, const QString& valueName) {
@@ -160,15 +147,6 @@ QString GetRegistryValue(RegistryRoot root, const QString& keyPath, const QStrin
 void SetRegistryValue(RegistryRoot root, const QString& keyPath, const QString& valueName,
                       const QString& value) {
     SettingsStore::WriteText(root, keyPath, valueName, value);
-}
-
-bool DeleteRegistryValue(const QString& keyPath, const QString& valueName, const QString& root) {
-    const auto handle = rootOf(root);
-    return handle && SettingsStore::DeleteValue(*handle, keyPath, valueName);
-}
-
-QString RootText(RegistryRoot root) {
-    return QString::number(static_cast<std::int32_t>(static_cast<std::uint32_t>(root)));
 }
 
 void LoadSettings() {

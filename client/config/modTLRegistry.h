@@ -19,12 +19,6 @@ QString GetRegistryValue(RegistryRoot root, const QString& keyPath, const QStrin
 void SetRegistryValue(RegistryRoot root, const QString& keyPath, const QString& valueName,
                       const QString& value);
 
-// Deletes a value. The root is given as the decimal text of its handle, signed or not
-// ("2147483650" or "-2147483646" for the machine's root). False when the key can't be opened,
-// the root is unknown, or the value wasn't there.
-bool DeleteRegistryValue(const QString& keyPath, const QString& valueName, const QString& root);
-QString RootText(RegistryRoot root);
-
 // Stored values into the dialog's controls, then from the controls into TLSettings.
 void LoadSettings();
 

@@ -215,13 +215,3 @@ std::int32_t TLDataAccess::DBOLong(const QVariant& value) {
         return 0;
     }
 }
-
-double TLDataAccess::DBODouble(const QVariant& value) {
-    if (Variants::IsNull(value))
-        return 0;
-    try {
-        return Regional::Val(Variants::CStr(value));
-    } catch (...) {
-        return 0;
-    }
-}

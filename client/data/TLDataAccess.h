@@ -39,10 +39,9 @@ public:
     // Text made safe for a statement: trimmed, quotes doubled, in single quotes; empty text
     // gives NULL or two quotes; a wildcard makes a prefix pattern.
     QString DBIn(const QString& text, bool nullWhenEmpty = false, bool appendWildcard = false);
-    // Recordset values out: Null gives "", 0 and 0.0.
+    // Recordset values out: Null gives "" and 0.
     QString DBOStr(const QVariant& value);
     std::int32_t DBOLong(const QVariant& value);
-    double DBODouble(const QVariant& value);
 
 private:
     void reachabilityFailure();

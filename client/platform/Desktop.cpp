@@ -22,12 +22,6 @@ bool OpenUrl(const QUrl& url) {
     return QDesktopServices::openUrl(url);
 }
 
-bool OpenFile(const QString& path) {
-    if (path.isEmpty())
-        return false;
-    return OpenUrl(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
-}
-
 void SetOpener(Opener opener) {
     replacement() = std::move(opener);
 }

@@ -4,14 +4,13 @@
 #include <QUrl>
 #include <functional>
 
-// Hands a URL or a file to the desktop, which opens it with the user's program for it.
+// Hands a URL to the desktop, which opens it with the user's program for it.
 // Tests replace the opener to see what would have been opened.
 namespace Desktop {
 
 using Opener = std::function<bool(const QUrl&)>;
 
 bool OpenUrl(const QUrl& url);
-bool OpenFile(const QString& path);
 
 // An empty opener restores the desktop's own.
 void SetOpener(Opener opener);

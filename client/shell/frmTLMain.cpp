@@ -23,9 +23,6 @@
 namespace {
 constexpr int kStandardView = 1;
 constexpr int kMiniView = 2;
-// What the desktop answers for a target it opened, and for one it could not.
-constexpr int kShellOpened = 42;
-constexpr int kShellFailed = 2;
 constexpr int kCheckNetworkMs = 1000;
 constexpr int kUpdateStatusMs = 30000;
 constexpr int kChatReconnectMs = 30000;
@@ -239,28 +236,6 @@ void frmTLMain::ShowWebBrowser() {
     auto& web = WebWindow::Instance();
     if (web.Show())
         web.PostSignIn(TLMain().Settings().WebAddress());
-}
-
-bool ShellResultIsSuccess(int result, const QString& target) {
-    if (result < 31) {
-        MsgBox(QStringLiteral("An error occured opening your web browser.  Please make sure your "
-                              "web browser is correctly installed and try again."));
-        return false;
-    }
-    if (result == 32) {
-        MsgBox(QStringLiteral("Tavlo") + QStringLiteral(" could not find a file association for ") +
-                   target + QStringLiteral(" on your system. You should check that your browser") +
-                   QStringLiteral("is correctly installed and associated with this type of file."),
-               vb::vbExclamation, QStringLiteral("Browser Unavailable"));
-        return false;
-    }
-    return true;
-}
-
-bool frmTLMain::ShellToBrowser(QWidget*, const QString& target, int) {
-    const QUrl url = QUrl::fromUserInput(target, QCoreApplication::applicationDirPath());
-    const int result = Desktop::OpenUrl(url) ? kShellOpened : kShellFailed;
-    return ShellResultIsSuccess(result, target);
 }
 
 void frmTLMain::mnuPopOptions_Click(std::size_t index) {

@@ -62,8 +62,6 @@ public:
     // 1 standard, 2 mini: the board when signed in, else the sign-in.
     void ShowApplicationView(int view);
     void ShowWebBrowser();
-    // Opens a target with the desktop; a failure is told to the user and answers False.
-    bool ShellToBrowser(QWidget* form, const QString& target, int showCommand);
     // The count of unread notes from the server, onto the board.
     void UpdateNoteCountFromDatabase();
 
@@ -99,7 +97,3 @@ private:
     QString m_tip;
     int m_pictureIndex = 0;
 };
-
-// What ShellToBrowser makes of the desktop's answer number: below 31 and 32 are failures
-// with a message; anything else, 31 included, is success.
-bool ShellResultIsSuccess(int result, const QString& target);

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "FreshUserFolders.h"
 #include "BoxRecorder.h"
+#include "FreshUserFolders.h"
 #include "RecordingGateway.h"
 #include "TavloServerProcess.h"
 #include "base/Forms.h"
 #include "config/frmTLSettings.h"
 #include "config/modTLRegistry.h"
+#include "identity/frmTLLogin.h"
 #include "shell/TLMain.h"
 #include <QApplication>
 #include <QProcess>
@@ -14,6 +15,7 @@
 #include <QSqlQuery>
 #include <QTemporaryFile>
 #include <QtTest>
+#include <functional>
 #include <memory>
 
 // A demo server behind a recording gateway, a clean program state for each test, and the
@@ -59,6 +61,25 @@ public:
         Form<frmTLSettings>();
         TLMain().Settings().SetWebAddress(gateway->baseUrl());
         TLMain().Settings().ConnectedNorvaneServer = TLMain().DataAccess().ConnectDB();
+    }
+
+    // Signs in through the sign-in dialog as a user would; true when someone is signed in.
+    bool signInWithDialog(const QString& name, const QString& password = QStringLiteral("demo"),
+                          bool remember = false) {
+        auto& login = Form<frmTLLogin>();
+        login.Login(true);
+        login.txtUserName->setText(name);
+        login.txtPassword->setText(password);
+        login.chkRememberLogin->setChecked(remember);
+        login.cmdOK->click();
+        return TLMain().ActiveUser().ValidUser();
+    }
+
+    // The statements the program sent to the server for one action.
+    QStringList sentBy(const std::function<void()>& action) {
+        gateway->clear();
+        action();
+        return gateway->statements();
     }
 
     QString stored(const char* name) const {

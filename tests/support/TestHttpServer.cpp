@@ -5,7 +5,6 @@
 #include <QMutex>
 #include <QMutexLocker>
 #include <chrono>
-#include <deque>
 #include <thread>
 
 namespace {
@@ -28,18 +27,12 @@ struct TestHttpServer::Impl {
     int port = -1;
     mutable QMutex mutex;
     Answer standing;
-    std::deque<Answer> queued;
     Handler handler;
     QList<Request> requests;
 
     Answer answerFor(const Request& request) {
         QMutexLocker lock(&mutex);
         requests.append(request);
-        if (!queued.empty()) {
-            Answer a = queued.front();
-            queued.pop_front();
-            return a;
-        }
         if (handler) {
             Handler h = handler;
             lock.unlock();
@@ -134,11 +127,6 @@ void TestHttpServer::setAnswer(const Answer& answer) {
     d->handler = nullptr;
 }
 
-void TestHttpServer::queueAnswer(const Answer& answer) {
-    QMutexLocker lock(&d->mutex);
-    d->queued.push_back(answer);
-}
-
 void TestHttpServer::setHandler(Handler handler) {
     QMutexLocker lock(&d->mutex);
     d->handler = std::move(handler);
@@ -147,11 +135,6 @@ void TestHttpServer::setHandler(Handler handler) {
 QList<TestHttpServer::Request> TestHttpServer::requests() const {
     QMutexLocker lock(&d->mutex);
     return d->requests;
-}
-
-void TestHttpServer::clearRequests() {
-    QMutexLocker lock(&d->mutex);
-    d->requests.clear();
 }
 
 void TestHttpServer::stop() {

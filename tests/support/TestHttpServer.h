@@ -15,7 +15,6 @@
 //   TestHttpServer server;
 //   QVERIFY(server.isListening());
 //   server.setAnswer({200, "text/xml", rowsetBytes});       // every request from now on
-//   server.queueAnswer({500, "text/html", "<html>oops"});    // only the next request
 //   ... the code under test posts to server.baseUrl() + "/XMLDemo.asp" ...
 //   QCOMPARE(server.requests().at(0).header("content-type"), "application/x-www-form-urlencoded");
 //   server.stop();                                           // from now on: refused
@@ -51,12 +50,10 @@ public:
     quint16 port() const;
     QString baseUrl() const; // "http://127.0.0.1:<port>", no trailing slash
 
-    void setAnswer(const Answer& answer);   // the standing answer (default: 200, empty body)
-    void queueAnswer(const Answer& answer); // answers the next request only; queued ones first
-    void setHandler(Handler handler);       // computes every answer; queued answers still first
+    void setAnswer(const Answer& answer); // the standing answer (default: 200, empty body)
+    void setHandler(Handler handler);     // computes every answer
 
     QList<Request> requests() const; // every request so far, oldest first
-    void clearRequests();
 
     void stop();
 

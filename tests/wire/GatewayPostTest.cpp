@@ -3,79 +3,14 @@
 
 #include "Rows.h"
 #include <QtTest>
-#include <arpa/inet.h>
 #include <atomic>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace wire;
 
 namespace {
 
 const QByteArray kRowset = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'/>";
-
-// A bare loopback listener for what the test server cannot show: it either resets each
-// connection at once, or records the raw request head and answers 200 with an empty body.
-class RawListener {
-public:
-    enum class Mode { Reset, Record };
-
-    explicit RawListener(Mode mode) : m_mode(mode) {
-        m_fd = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof a;
-        if (::bind(m_fd, reinterpret_cast<sockaddr*>(&a), len) != 0 || ::listen(m_fd, 4) != 0 ||
-            ::getsockname(m_fd, reinterpret_cast<sockaddr*>(&a), &len) != 0)
-            qFatal("cannot listen on loopback");
-        m_port = ntohs(a.sin_port);
-        m_thread = std::thread([this] { serve(); });
-    }
-    ~RawListener() {
-        m_stop = true;
-        ::shutdown(m_fd, SHUT_RDWR);
-        ::close(m_fd);
-        m_thread.join();
-    }
-    QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
-    QByteArray head() const { return m_head; } // read it only after the request is answered
-
-private:
-    void serve() {
-        while (true) {
-            const int c = ::accept(m_fd, nullptr, nullptr);
-            if (c < 0 || m_stop)
-                return;
-            if (m_mode == Mode::Record) {
-                char buf[4096];
-                while (!m_head.contains("\r\n\r\n")) {
-                    const ssize_t n = ::recv(c, buf, sizeof buf, 0);
-                    if (n <= 0)
-                        break;
-                    m_head.append(buf, n);
-                }
-                m_head.truncate(m_head.indexOf("\r\n\r\n") + 2);
-                const char answer[] = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n"
-                                      "Connection: close\r\n\r\n";
-                ::send(c, answer, sizeof answer - 1, MSG_NOSIGNAL);
-            } else {
-                linger l{1, 0}; // close with RST
-                ::setsockopt(c, SOL_SOCKET, SO_LINGER, &l, sizeof l);
-            }
-            ::close(c);
-        }
-    }
-
-    Mode m_mode;
-    int m_fd = -1;
-    quint16 m_port = 0;
-    std::atomic<bool> m_stop{false};
-    std::thread m_thread;
-    QByteArray m_head;
-};
 
 GatewayRequest request(const QString& base, const QString& sql) {
     GatewayRequest r;
@@ -125,7 +60,8 @@ private slots:
         QCOMPARE(reply.httpStatus, 200L);
         const auto r = server.requests().value(0);
         QVERIFY(!r.hasHeader("Expect")); // no 100-continue round trip, however large
-        QCOMPARE(r.body, gatewayBody(sql));
+        QCOMPARE(r.body, "strSQL=EXEC%20tl%5FAddContactNote%2012%2C%27" +
+                             QByteArray("%2E").repeated(400000) + "%27%2C15%2C0");
     }
 
     void theAddressIsTakenAsItStands() {
@@ -138,27 +74,14 @@ private slots:
         QCOMPARE(requests[1].target, QByteArray("/tavlo/XMLDemo.asp"));
     }
 
-    void theRequestHeadIsTheClients_data() {
-        columns<QString, QByteArray>("lastCached", "line");
-        row("a moment", "1/2/2024 9:13:00 AM", QByteArray("lastCached: 1/2/2024 9:13:00 AM"));
-        row("empty, still sent", "", QByteArray("lastCached:"));
-    }
-    void theRequestHeadIsTheClients() {
-        QFETCH(QString, lastCached);
-        QFETCH(QByteArray, line);
-        RawListener raw(RawListener::Mode::Record);
-        GatewayRequest r = request(raw.baseUrl(), "EXECUTE tl_VersionCheck");
-        r.lastCached = lastCached;
+    // An empty moment still goes as a header of its own.
+    void anEmptyLastCachedIsStillSent() {
+        TestHttpServer server;
+        GatewayRequest r = request(server.baseUrl(), "EXECUTE tl_VersionCheck");
+        r.lastCached.clear();
         QVERIFY(postStatement(r).transportOk);
-        const QList<QByteArray> lines = raw.head().split('\n');
-        QCOMPARE(lines.value(0), QByteArray("POST /XMLDemo.asp HTTP/1.1\r"));
-        QVERIFY(lines.contains(line + "\r"));
-        QVERIFY(lines.contains("Content-Type: application/x-www-form-urlencoded\r"));
-        for (const QByteArray& l : lines) {
-            QVERIFY2(!l.startsWith("Expect") && !l.startsWith("Accept-Encoding") &&
-                         !l.startsWith("Transfer-Encoding"),
-                     l.constData());
-        }
+        QVERIFY(server.requests().value(0).hasHeader("lastCached"));
+        QCOMPARE(server.requests().value(0).header("lastCached"), QByteArray());
     }
 
     void theStatusCodeDecidesNothing_data() {
@@ -182,20 +105,16 @@ private slots:
     void transportFailuresAreTold_data() {
         columns<QString>("kind");
         row("refused", "refused");
-        row("reset", "reset");
         row("timed out", "timeout");
         row("unresolvable", "unresolvable");
     }
     void transportFailuresAreTold() {
         QFETCH(QString, kind);
         TestHttpServer server;
-        RawListener resetting(RawListener::Mode::Reset);
         GatewayRequest r = request(server.baseUrl(), "EXECUTE tl_VersionCheck");
         r.timeoutMs = 10000;
         if (kind == "refused") {
             server.stop();
-        } else if (kind == "reset") {
-            r.baseUrl = resetting.baseUrl();
         } else if (kind == "timeout") {
             server.setAnswer({200, "text/xml", kRowset, 1000});
             r.timeoutMs = 200;
@@ -222,7 +141,9 @@ private slots:
                 for (int i = 0; i < calls; ++i) {
                     const QString sql = QStringLiteral("EXEC tl_a %1,%2").arg(t).arg(i);
                     const GatewayReply reply = postStatement(request(server.baseUrl(), sql));
-                    if (!reply.transportOk || reply.body != gatewayBody(sql))
+                    const QByteArray sent = QByteArray("strSQL=EXEC%20tl%5Fa%20") +
+                                            QByteArray::number(t) + "%2C" + QByteArray::number(i);
+                    if (!reply.transportOk || reply.body != sent)
                         ++wrong;
                 }
             });

@@ -1,13 +1,14 @@
-#include "SignInFixture.h"
 #include "FakeNetwork.h"
 #include "ProsodyServer.h"
 #include "Rows.h"
+#include "SignInFixture.h"
 #include "board/frmTLView.h"
 #include "chat/Socket.h"
 #include "chat/frmTLChat.h"
 #include "platform/WindowAlert.h"
 #include "shell/frmTLMain.h"
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTextCursor>
 
 namespace {
@@ -39,7 +40,8 @@ QString formats(QTextEdit* rtb) {
 } // namespace
 
 // Chat through a real chat server and a real tavlo-server: connecting (a first-time user
-// registers), the chat state on the server, network loss, and conversations with a peer.
+// registers), the chat state on the server, network loss, conversations with a peer, and the
+// connection's own failures.
 class TestChat : public QObject {
     Q_OBJECT
     SignInFixture f;
@@ -78,6 +80,7 @@ private slots:
         QVERIFY2(f.start(), qPrintable(f.server->failure()));
         WindowAlert::SetFlashHook([this](QWindow*) { ++flashes; });
     }
+
     void init() {
         if (!chat || !chat->started())
             chat = std::make_unique<ProsodyServer>();
@@ -164,9 +167,9 @@ private slots:
         QCOMPARE(window->windowTitle(), QStringLiteral("Chat with bob"));
         QCOMPARE(window->Tag(), QStringLiteral("bob@localhost/Tavlo"));
         QCOMPARE(frmTLChat::Text(window->txtMessage), QStringLiteral("<bob> hello"));
-        bob->SendMessage(ann, QString(), QStringLiteral("again"));
+        bob->SendMessage(ann, QString(), QStringLiteral("fish & chips?"));
         QTRY_COMPARE_WITH_TIMEOUT(frmTLChat::Text(window->txtMessage),
-                                  QStringLiteral("<bob> hello\r\n<bob> again"), kWait);
+                                  QStringLiteral("<bob> hello\r\n<bob> fish & chips?"), kWait);
         QCOMPARE(board().chats.size(), 1);
         QCOMPARE(flashes, 2);
         bobPhone->SendMessage(ann, QString(), QStringLiteral("from my phone"));
@@ -221,6 +224,34 @@ private slots:
                  QStringList{QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")});
         QCOMPARE(panel(), QStringLiteral("Chat: Offline"));
         QVERIFY(!board().mnuChat->isEnabled());
+    }
+
+    // The connection alone: a closed port is refused in words, and a socket deleted by its own
+    // error handler raises nothing more.
+    void socketFailures() {
+        quint16 port;
+        {
+            QTcpServer probe;
+            QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
+            port = probe.serverPort();
+        }
+        ::Socket refused;
+        QSignalSpy errors(&refused, &::Socket::Error);
+        refused.Connect(QStringLiteral("localhost"), port, "ann", "pw", "Desk", 1, 2, false);
+        QTRY_COMPARE_WITH_TIMEOUT(errors.count(), 1, kWait);
+        QCOMPARE(errors.last().at(1).toString(),
+                 QStringLiteral("Connection is forcefully rejected"));
+        QVERIFY(!refused.IsConnected());
+
+        QPointer<::Socket> lonely = new ::Socket;
+        QSignalSpy lonelyErrors(lonely.data(), &::Socket::Error);
+        connect(lonely.data(), &::Socket::Error, lonely.data(),
+                [&lonely] { delete lonely.data(); });
+        lonely->SendMessage(QStringLiteral("ann@localhost/Desk"), {}, QStringLiteral("one"));
+        lonely->SendMessage(QStringLiteral("ann@localhost/Desk"), {}, QStringLiteral("two"));
+        QTRY_VERIFY_WITH_TIMEOUT(lonely.isNull(), kWait);
+        QCOMPARE(lonelyErrors.count(), 1);
+        QCOMPARE(lonelyErrors.last().at(1).toString(), QStringLiteral("Not Connected"));
     }
 
     // Names in bold colour (red for four characters, as "<me>"), earlier text plain, the

@@ -1,6 +1,6 @@
-#include "SignInFixture.h"
 #include "Rows.h"
-#include "base/Twips.h"
+#include "Screenshot.h"
+#include "SignInFixture.h"
 #include "board/frmTLView.h"
 #include "chat/frmTLChat.h"
 #include "directory/DirectoryLoaders.h"
@@ -19,17 +19,7 @@
 class TestNotes : public QObject {
     Q_OBJECT
     SignInFixture f;
-    QString shots;
 
-    void screenshot(QWidget* window, const QString& name) {
-        QVERIFY(QTest::qWaitForWindowExposed(window));
-        QVERIFY(window->grab().save(shots + QLatin1Char('/') + name + QStringLiteral(".png")));
-    }
-    QStringList sentBy(const std::function<void()>& action) {
-        f.gateway->clear();
-        action();
-        return f.gateway->statements();
-    }
     QString cell(SpreadGrid& grid, int row, int col) {
         grid.Row = row;
         grid.Col = col;
@@ -51,12 +41,7 @@ class TestNotes : public QObject {
     }
 
 private slots:
-    void initTestCase() {
-        QVERIFY2(f.start(), qPrintable(f.server->failure()));
-        shots = qEnvironmentVariable("TAVLO_BINARY_DIR", QDir::tempPath()) +
-                QStringLiteral("/test-screenshots");
-        QDir().mkpath(shots);
-    }
+    void initTestCase() { QVERIFY2(f.start(), qPrintable(f.server->failure())); }
     void init() {
         f.reset();
         QVERIFY(TLMain().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
@@ -68,7 +53,7 @@ private slots:
     void readingNotes() {
         QStringList sent;
         frmTLReadNotes* window = nullptr;
-        sent = sentBy([&] { window = &openNotes(); });
+        sent = f.sentBy([&] { window = &openNotes(); });
         QCOMPARE(sent.value(0), QStringLiteral("tl_GetContactNotes 1001, NULL, NULL, 5001"));
         auto& grid = *window->gridNotes;
         QCOMPARE(grid.MaxRows(), 3);
@@ -78,18 +63,18 @@ private slots:
                  QList<bool>({false, true, true}));
         QVERIFY(cell(grid, 2, 5).isEmpty());
         window->resize(760, 420);
-        screenshot(window, QStringLiteral("read-notes"));
+        QVERIFY(SaveScreenshot(window, QStringLiteral("read-notes")));
 
-        sent = sentBy([&] { window->gridNotes_Click(4, 2); });
+        sent = f.sentBy([&] { window->gridNotes_Click(4, 2); });
         QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_SetNoteRead 5001, 2")});
         QCOMPARE(window->txtMessageText->toPlainText(), QStringLiteral("Lunch on Friday?"));
         QCOMPARE(window->lblFrom->text(), QStringLiteral("Carol Nolan"));
         QVERIFY(!bold(grid, 2) && !cell(grid, 2, 5).isEmpty());
         QVERIFY(!noteColumn("dateread", 2).isNull());
-        QCOMPARE(sentBy([&] { window->gridNotes_Click(2, 2); }).size(), 1); // again
+        QCOMPARE(f.sentBy([&] { window->gridNotes_Click(2, 2); }).size(), 1); // again
 
         grid.setCurrentCell(2, 1);
-        sent = sentBy([&] { window->gridNotes_KeyUp(40); });
+        sent = f.sentBy([&] { window->gridNotes_KeyUp(40); });
         QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_SetNoteRead 5001, 1")});
 
         f.boxes.clear();
@@ -97,14 +82,14 @@ private slots:
             f.boxes << call;
             return int(vb::vbNo);
         });
-        sent = sentBy([&] { window->gridNotes_Click(1, 1); });
+        sent = f.sentBy([&] { window->gridNotes_Click(1, 1); });
         QVERIFY(!sent.join(' ').contains(QStringLiteral("tl_DeleteNote")));
         QCOMPARE(f.boxes.value(0).title, QStringLiteral("Delete this note?"));
         QCOMPARE(f.boxes.value(0).text,
                  QStringLiteral("Are you sure you wish to delete this note?"));
         QCOMPARE(grid.MaxRows(), 3);
         SetMsgBoxHook([](const MsgBoxCall&) { return int(vb::vbYes); });
-        sent = sentBy([&] { window->gridNotes_Click(1, 1); });
+        sent = f.sentBy([&] { window->gridNotes_Click(1, 1); });
         QCOMPARE(sent.last(), QStringLiteral("EXEC tl_DeleteNote 3, 5001"));
         QCOMPARE(grid.MaxRows(), 2);
         QCOMPARE(noteColumn("deleted", 3).toInt(), 1);
@@ -153,8 +138,8 @@ private slots:
         form.chkEmailAlert->setChecked(alert);
         form.chkMarkPrivate->setChecked(privately);
         if (alert)
-            screenshot(&form, QStringLiteral("leave-note"));
-        const QStringList sent = sentBy([&] { form.cmdOK->click(); });
+            QVERIFY(SaveScreenshot(&form, QStringLiteral("leave-note")));
+        const QStringList sent = f.sentBy([&] { form.cmdOK->click(); });
         QCOMPARE(sent.value(0), QStringLiteral("EXEC tl_AddContactNote 1002,'Bob''s lunch is in "
                                                "the fridge',5001,%1")
                                     .arg(privately ? 1 : 0));
@@ -190,7 +175,7 @@ private slots:
     void pickingAColleague() {
         QFETCH(int, function);
         auto& tray = Form<frmTLMain>();
-        const QStringList sent = sentBy([&] {
+        const QStringList sent = f.sentBy([&] {
             if (function == frmTLContactSelection::kNote)
                 tray.mnuLeaveMessage->trigger();
             else
@@ -210,7 +195,7 @@ private slots:
         picker.trvOrganizations_NodeClick(picker.trvOrganizations->topLevelItem(0));
         QCOMPARE(picker.lsvContactNames->count(), people);
         if (function == frmTLContactSelection::kNote)
-            screenshot(&picker, QStringLiteral("contact-selection"));
+            QVERIFY(SaveScreenshot(&picker, QStringLiteral("contact-selection")));
 
         const auto bob =
             picker.lsvContactNames->findItems(QStringLiteral("Bob Marsh"), Qt::MatchExactly);
@@ -262,10 +247,6 @@ private slots:
         QVERIFY(card.isVisible());
         QCOMPARE(card.lblExtension->isVisible(), home);
         QCOMPARE(card.lblHomeAddress->isVisible(), home);
-        QCOMPARE(card.height(),
-                 home ? Twips::ToPixelsY(8205, &card)
-                      : Twips::ToPixelsY(8205, &card) - card.shpHomeInfoBox->height());
-        QCOMPARE(card.cmdClose->x(), card.width() / 2 - card.cmdClose->width() / 2);
         QFile page(frmTLContactDetails::PicturePagePath());
         QVERIFY(page.open(QIODevice::ReadOnly));
         const QString html = QString::fromUtf8(page.readAll());
@@ -279,8 +260,8 @@ private slots:
             QCOMPARE(html.trimmed(), QStringLiteral("<dd>No Picture Available"));
             QCOMPARE(card.webContactPicture->text(), QStringLiteral("No Picture Available"));
         }
-        screenshot(&card, home ? QStringLiteral("contact-card-home")
-                               : QStringLiteral("contact-card-short"));
+        QVERIFY(SaveScreenshot(&card, home ? QStringLiteral("contact-card-home")
+                                           : QStringLiteral("contact-card-short")));
         card.close();
     }
 
@@ -289,10 +270,6 @@ private slots:
         columns<int, bool, QString, QString>("priority", "signedIn", "message", "subject");
         row("no priority", -1, true, "", "Tavlo Help Desk Notification");
         row("bug", 0, true, "It's broken", "Bug: Tavlo Help Desk Notification");
-        row("annoyance", 1, true, "x", "Annoyance: Tavlo Help Desk Notification");
-        row("question", 2, true, "x", "Question: Tavlo Help Desk Notification");
-        row("suggestion", 3, true, "x", "Suggestion: Tavlo Help Desk Notification");
-        row("comment", 4, true, "x", "Comment: Tavlo Help Desk Notification");
         row("sales, signed out", 5, false, "Prices?", "Sales: Tavlo Help Desk Notification");
     }
     void helpDesk() {
@@ -311,28 +288,24 @@ private slots:
             desk.optPriority[size_t(priority)]->setChecked(true);
         desk.txtMessage->setPlainText(message);
         if (priority == 0)
-            screenshot(&desk, QStringLiteral("help-desk"));
-        const QStringList sent = sentBy([&] { desk.cmdOK->click(); });
-        const QString who = signedIn ? QStringLiteral("Ann Lee") : QString();
-        const QString body =
-            QStringLiteral("\r\n\r\nName - %1\r\nCompany - %2\r\nE-Mail Address - "
-                           "%3\r\nPhone Number - %4\r\n\r\nHas submitted a help "
-                           "desk request with the following information:\r\n\r\n")
-                .arg(TLMain().ActiveContact().FullName(),
-                     TLMain().ActiveOrganization().OrganizationName,
-                     TLMain().ActiveContact().EmailAddress, TLMain().ActiveContact().PhoneNumber) +
-            QString(message).replace('\'', "''");
-        QCOMPARE(TLMain().ActiveContact().FullName().trimmed(), who);
-        QCOMPARE(sent, QStringList{"EXEC tl_SendEmail 'support@norvane.com','" + subject + "','" +
-                                   body + "','support@norvane.com','support@norvane.com'"});
+            QVERIFY(SaveScreenshot(&desk, QStringLiteral("help-desk")));
+        const QString who = signedIn ? "Ann Lee\r\nCompany - Norvane Demo\r\nE-Mail Address - "
+                                       "ann@demo.example\r\nPhone Number - 5551000000"
+                                     : " \r\nCompany - \r\nE-Mail Address - \r\nPhone Number - ";
+        const QString body = "\r\n\r\nName - " + who +
+                             "\r\n\r\nHas submitted a help desk request with the following "
+                             "information:\r\n\r\n" +
+                             QString(message).replace('\'', "''");
+        QCOMPARE(f.sentBy([&] { desk.cmdOK->click(); }),
+                 QStringList{"EXEC tl_SendEmail 'support@norvane.com','" + subject + "','" + body +
+                             "','support@norvane.com','support@norvane.com'"});
         QVERIFY(f.boxes.isEmpty());
     }
 
     void aboutShowsTheVersion() {
         auto& about = Form<frmTLAbout>();
         QCOMPARE(about.lblVersionNumber->text(), QStringLiteral("1.0.0"));
-        about.show();
-        screenshot(&about, QStringLiteral("about"));
+        QVERIFY(SaveScreenshot(&about, QStringLiteral("about")));
     }
 };
 

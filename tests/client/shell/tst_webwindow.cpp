@@ -1,7 +1,7 @@
+#include "BoxRecorder.h"
 #include "FreshUserFolders.h"
 #include "TestHttpServer.h"
 #include "base/Forms.h"
-#include "base/MsgBox.h"
 #include "board/frmTLView.h"
 #include "config/frmTLSettings.h"
 #include "directory/TLStatusRow.h"
@@ -22,18 +22,15 @@ private slots:
 
     // Without tavlo-web each action tells the user once, and the rest goes on.
     void missingProgramIsTold() {
-        QStringList told;
-        SetMsgBoxHook([&told](const MsgBoxCall& call) {
-            told << call.text;
-            return int(vb::vbOK);
-        });
+        BoxRecorder told;
+        told.install();
         WebWindow::SetProgram(program + QStringLiteral("-missing"));
         Form<frmTLMain>().ShowWebBrowser();
         Form<frmTLView>().lblAdmin_Click();
         SetMsgBoxHook({});
         WebWindow::SetProgram(program);
         QCOMPARE(told.size(), 2);
-        QVERIFY(told[0].contains(QStringLiteral("tavlo-web-missing")));
+        QVERIFY(told.texts()[0].contains(QStringLiteral("tavlo-web-missing")));
         QVERIFY(!WebWindow::Instance().IsRunning());
         Unload<frmTLView>();
     }
@@ -100,10 +97,5 @@ private slots:
     }
 };
 
-int main(int argc, char** argv) {
-    FreshUserFolders folders;
-    QApplication app(argc, argv);
-    TestWebWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVLO_TEST_MAIN_WITH(QApplication, TestWebWindow)
 #include "tst_webwindow.moc"

@@ -1,11 +1,10 @@
 #include "FreshUserFolders.h"
-#include "TestHttpServer.h"
+#include "StubGateway.h"
 #include "base/MsgBox.h"
 #include "base/TLError.h"
 #include "shell/AppVersion.h"
 #include "shell/TLMain.h"
 #include "support/modTLErrorManagement.h"
-#include "wire/FormEncoding.h"
 
 #include <QApplication>
 #include <QtTest>
@@ -28,9 +27,7 @@ class TestReportAnomaly : public QObject {
         }
         return text;
     }
-    QString postedStatement() const {
-        return *wire::form::field(server->requests().last().body, "strSQL");
-    }
+    QString postedStatement() const { return PostedStatements(*server).value(0); }
 
 private slots:
     void init() {

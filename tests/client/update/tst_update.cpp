@@ -1,9 +1,11 @@
+#include "BoxRecorder.h"
 #include "FreshUserFolders.h"
 #include "FtpServer.h"
 #include "Rows.h"
-#include "base/MsgBox.h"
+#include "Screenshot.h"
 #include "shell/TLMain.h"
 #include "shell/modTLMain.h"
+#include "update/FtpSession.h"
 #include "update/TLFTP.h"
 #include "update/frmTLFTP.h"
 #include "update/frmTLProgress.h"
@@ -11,8 +13,13 @@
 #include <QApplication>
 #include <QCryptographicHash>
 #include <QFile>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
+#include <functional>
 
 namespace {
 
@@ -27,15 +34,80 @@ QString sha256(const QByteArray& bytes) {
     return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
+constexpr qint64 kSessionSize = 3 * 1024 * 1024 + 17; // not a multiple of any buffer
+constexpr int kWait = 10000;
+const QString kUser = QStringLiteral("ann");
+const QString kPassword = QStringLiteral("secret");
+const QString kFile = QStringLiteral("Tavlo 1.upd");
+
+int count(const QStringList& events, const QString& pattern) {
+    return int(events.filter(QRegularExpression(pattern)).size());
+}
+
+// A session and everything it raised, in order, as "Kind" or "Kind:value[:value]".
+struct Probe {
+    std::unique_ptr<FtpSession> owned = std::make_unique<FtpSession>();
+    FtpSession& s = *owned;
+    QStringList all;     // since the last action started
+    QStringList history; // since the session was made
+    std::function<void(const QString& kind)> onEvent;
+
+    Probe(const QString& host, const QString& user = kUser, const QString& password = kPassword) {
+        s.Host = host;
+        s.User = user;
+        s.Password = password;
+        watch(&FtpSession::Connected, "Connected");
+        watch(&FtpSession::Reply, "Reply");
+        watch(&FtpSession::List, "List");
+        watch(&FtpSession::Done, "Done");
+        watch(&FtpSession::Progress, "Progress");
+        watch(&FtpSession::Error, "Error");
+    }
+
+    static QString text(const QString& v) { return v; }
+    static QString text(qint64 v) { return QString::number(v); }
+
+    template <typename Signal> void watch(Signal signal, const QString& kind) {
+        QObject::connect(&s, signal, &s, [this, kind](const auto&... values) {
+            all << QStringList{kind, text(values)...}.join(u':');
+            history << all.last();
+            if (onEvent)
+                onEvent(kind);
+        });
+    }
+
+    QString last() const { return all.value(all.size() - 1); }
+    bool finished() const { return count({last()}, "^(Connected|Done|Error)") > 0; }
+    QStringList values(const QString& kind) const {
+        return all.filter(QRegularExpression('^' + kind + ':')).replaceInStrings(kind + ':', "");
+    }
+
+    // Starts an action and waits for its final event; nothing may be raised inside the call.
+    bool run(const std::function<void(FtpSession&)>& action) {
+        all.clear();
+        action(s);
+        return all.isEmpty() && QTest::qWaitFor([this] { return finished(); }, kWait);
+    }
+    bool connect() { return run(&FtpSession::Connect) && last() == "Connected:0"; }
+};
+
+bool writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
 } // namespace
 
-// The update offer and the transfer against a real FTP server: what is fetched, logged, shown
-// and started, and what a failure or a cancel leaves behind.
+// The FTP session, then the update offer and the transfer, against a real FTP server: what is
+// fetched, logged, shown and started, and what a failure or a cancel leaves behind.
 class TestUpdate : public QObject {
     Q_OBJECT
-    QList<MsgBoxCall> boxes;
-    std::function<int(const MsgBoxCall&)> answer;
-    QString shots;
+    BoxRecorder boxes;
+    std::unique_ptr<FtpServer> server; // the session's server, with the file at its root and below
+    QByteArray content{kSessionSize, Qt::Uninitialized};
+    QTemporaryDir local;
+    QTcpServer silent; // takes connections and never greets
+    quint16 closedPort = 0;
 
     QString folder() const { return TLFTP::Folder(); }
     QString marker() const { return folder() + QStringLiteral("/update-started"); }
@@ -60,7 +132,7 @@ class TestUpdate : public QObject {
         coordinates.strFTPSite = ftp.site();
         coordinates.strFTPDirectory = QStringLiteral("/releases");
         coordinates.strFTPUpdateFileName = file;
-        coordinates.strFTPUserName = QStringLiteral("update");
+        coordinates.strFTPUserName = kUser;
         coordinates.strFTPPassword = password;
         coordinates.strUpdateSha256 = digest;
         Form<frmTLUpdate>().cmdYes->click();
@@ -68,31 +140,134 @@ class TestUpdate : public QObject {
 
 private slots:
     void initTestCase() {
-        SetMsgBoxHook([this](const MsgBoxCall& call) {
-            boxes << call;
-            return answer ? answer(call) : int(vb::vbOK);
-        });
-        shots = qEnvironmentVariable("TAVLO_BINARY_DIR", QDir::tempPath()) +
-                QStringLiteral("/test-screenshots");
-        QDir().mkpath(shots);
+        QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(content.data()), kSessionSize / 4);
+        server = std::make_unique<FtpServer>(kUser, kPassword);
+        QVERIFY2(server->started(), qPrintable(server->failure()));
+        QVERIFY(QDir(server->root()).mkpath("updates"));
+        QVERIFY(writeFile(server->root() + "/updates/" + kFile, content));
+        QVERIFY(writeFile(server->root() + u'/' + kFile, content));
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        QTcpServer probe;
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        closedPort = probe.serverPort();
     }
+
     void init() {
-        boxes.clear();
-        answer = nullptr;
+        boxes.install();
         for (const QString& name : {QStringLiteral("update-started"),
                                     QStringLiteral("TLFTPlog.txt"), QStringLiteral("tavlo.run")})
             QFile::remove(folder() + QLatin1Char('/') + name);
     }
     void cleanupTestCase() { init(); }
 
-    void offerShowsItsText() {
+    void wholeUpdateSequence_data() {
+        columns<QString, QString>("user", "directory");
+        row("account, relative directory", kUser, "updates");
+        row("anonymous, absolute directory", QString(), "/updates");
+        row("account, root", kUser, "/");
+    }
+
+    void wholeUpdateSequence() {
+        QFETCH(QString, user);
+        QFETCH(QString, directory);
+        Probe p(server->site(), user, user.isEmpty() ? QString() : kPassword);
+        QVERIFY(p.connect());
+        QCOMPARE(count(p.all, "^Reply:230 "), 1);
+        QCOMPARE(p.s.State(), 1);
+
+        QVERIFY(p.run([&](FtpSession& s) { s.ChangeDirectory(directory); }));
+        QVERIFY(count(p.all, "^Reply:250 ") > 0);
+        QCOMPARE(p.last(), "Done");
+
+        QVERIFY(p.run([](FtpSession& s) { s.ListEntry(kFile); }));
+        QCOMPARE(p.all.mid(p.all.size() - 2, 1), p.all.filter(QRegularExpression("^List:")));
+        QCOMPARE(p.last(), "Done");
+        const QString entry = p.values("List").value(0);
+        QCOMPARE(entry.split(u' ', Qt::SkipEmptyParts).value(4), QString::number(kSessionSize));
+        QVERIFY2(entry.endsWith(" " + kFile), qPrintable(entry));
+
+        const QString target = local.filePath("update.bin");
+        p.s.Timeout = 600;
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(p.run([&](FtpSession& s) { s.GetFile(target, kFile); }));
+        QCOMPARE(p.all.mid(p.all.size() - 2),
+                 (QStringList{"Progress:" + Probe::text(kSessionSize), "Done"}));
+        QCOMPARE(count(p.all, "^Reply:226 "), 1);
+        const QStringList progress = p.values("Progress");
+        for (qsizetype i = 1; i < progress.size(); ++i)
+            QVERIFY(progress[i].toLongLong() >= progress[i - 1].toLongLong());
+        QVERIFY(progress.size() <= clock.elapsed() / 50 + 2);
+        QFile file(target);
+        QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == content);
+
+        QVERIFY(p.run(&FtpSession::Disconnect));
+        QCOMPARE(p.all, QStringList{"Done"});
+        QCOMPARE(p.s.State(), 0);
+        // One login for the whole sequence: every action ran on the same control connection.
+        QCOMPARE(count(p.history, "^Reply:220 "), 1);
+        QCOMPARE(count(p.history, "^Error"), 0);
+    }
+
+    void connectFails_data() {
+        // a pattern
+        columns<QString, QString, long, QString>("host", "password", "timeout", "error");
+        const QString closed = QString::number(closedPort);
+        const QString silentSite = "127.0.0.1:" + QString::number(silent.serverPort());
+        row("wrong password", server->site(), "wrong", 5L, "^Error:530:");
+        row("refused", "127.0.0.1:" + closed, kPassword, 5L, "^Error:7:.*port " + closed + ' ');
+        row("no port means 21", "127.0.0.1", kPassword, 5L, "^Error:7:.*port 21 ");
+        row("unknown host", "no-such-host.invalid", kPassword, 5L, "^Error:6:");
+        row("server never greets", silentSite, kPassword, 1L, "^Error:28:");
+        row("not a host", "ftp.example.com/x", kPassword, 5L, "^Error:3:");
+    }
+
+    void connectFails() {
+        QFETCH(QString, host);
+        QFETCH(QString, password);
+        QFETCH(long, timeout);
+        QFETCH(QString, error);
+        Probe p(host, kUser, password);
+        p.s.Timeout = timeout;
+        QVERIFY(p.run(&FtpSession::Connect));
+        QVERIFY2(count({p.last()}, error) == 1, qPrintable(p.all.join('\n')));
+        QCOMPARE(p.s.State(), 0);
+    }
+
+    void actionWhileBusyFailsAlone() {
+        Probe p(server->site());
+        p.s.Connect();
+        p.s.ListEntry(kFile);
+        QTRY_VERIFY_WITH_TIMEOUT(p.all.contains("Connected:0"), kWait);
+        QCOMPARE(p.all.first(), "Error:10036:Busy");
+        QCOMPARE(p.s.State(), 1);
+    }
+
+    void deletedByItsOwnHandler_data() {
+        columns<QString, QString>("kind", "password");
+        for (const char* kind : {"Reply", "Connected", "Progress", "Done"})
+            row(kind, kind, kPassword);
+        row("Error", "Error", "wrong");
+    }
+
+    void deletedByItsOwnHandler() {
+        QFETCH(QString, kind);
+        QFETCH(QString, password);
+        Probe p(server->site(), kUser, password);
+        p.onEvent = [&](const QString& raised) {
+            if (raised == kind)
+                p.owned.reset();
+        };
+        p.s.Connect();
+        QTRY_VERIFY_WITH_TIMEOUT(!p.owned || p.finished(), kWait);
+        if (p.owned)
+            p.s.GetFile(local.filePath("deleted.bin"), kFile);
+        QTRY_VERIFY_WITH_TIMEOUT(!p.owned, kWait);
+    }
+
+    void noToTheOfferFetchesNothing() {
         auto& offer = Form<frmTLUpdate>();
-        QCOMPARE(offer.windowTitle(), QStringLiteral("Update Tavlo"));
-        QVERIFY(offer.lblUpdate->text().endsWith(
-            QStringLiteral("work correctly.\r\n\rWould you like to proceed with the update?")));
-        offer.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&offer));
-        QVERIFY(offer.grab().save(shots + QStringLiteral("/update-offer.png")));
+        QVERIFY(SaveScreenshot(&offer, QStringLiteral("update-offer")));
         offer.cmdNo->click();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!IsLoaded<frmTLUpdate>() && !QFileInfo::exists(marker()));
@@ -118,11 +293,8 @@ private slots:
         QFETCH(QString, digest);
         QFETCH(bool, started);
         QFETCH(QString, logged);
-        FtpServer ftp(QStringLiteral("update"), QStringLiteral("secret"));
-        QVERIFY2(ftp.started(), qPrintable(ftp.failure()));
-        QVERIFY(publish(ftp));
-
-        updateFrom(ftp, password, file, digest);
+        QVERIFY(publish(*server));
+        updateFrom(*server, password, file, digest);
         const bool failed =
             password != QStringLiteral("secret") || file != QStringLiteral("tavlo.run");
         QCOMPARE(TLMain().FTP().blnAsyncError, failed);
@@ -153,10 +325,10 @@ private slots:
     }
     void cancel() {
         QFETCH(int, reply);
-        FtpServer ftp(QStringLiteral("update"), QStringLiteral("secret"), 100 * 1024);
+        FtpServer ftp(kUser, kPassword, 100 * 1024);
         QVERIFY2(ftp.started(), qPrintable(ftp.failure()));
         QVERIFY(publish(ftp));
-        answer = [reply](const MsgBoxCall&) { return reply; };
+        boxes.answer = reply;
         QString rateSeen;
         QString percentSeen;
         QTimer watch;
@@ -168,7 +340,7 @@ private slots:
             rateSeen = progress->txtTransferRate->text();
             percentSeen = progress->txtPercent->text();
             if (reply == int(vb::vbNo))
-                progress->grab().save(shots + QStringLiteral("/update-progress.png"));
+                SaveScreenshot(progress, QStringLiteral("update-progress"));
             progress->cmdCancel->click();
         });
         watch.start(50);

@@ -1,16 +1,45 @@
+#include "FreshUserFolders.h"
 #include "Rows.h"
-#include "board/ContactKeyTable.h"
+#include "Rowsets.h"
+#include "StubGateway.h"
+#include "base/MsgBox.h"
+#include "base/Screen.h"
 #include "board/SpreadGrid.h"
 #include "board/frmTLView.h"
+#include "shell/TLMain.h"
+#include "shell/modTLMain.h"
 #include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QHeaderView>
 #include <QtTest>
 
-// The sheet adapter keeps the board's addressing: row 0 header, column 0 row header, -1 for a
-// whole row or column, one number carried per row.
-class TestSpreadGrid : public QObject {
-    Q_OBJECT
+namespace {
 
+// A board answer with these columns, one row a contact number; "myfriend" is 0 and every other
+// column holds its own name.
+QByteArray people(const QStringList& columns, const QList<int>& contacts) {
+    QList<QVariantList> rows;
+    for (int contact : contacts) {
+        QVariantList row;
+        for (const QString& column : columns)
+            row << (column == "ContactSys" ? QVariant(contact)
+                    : column == "myfriend" ? QVariant(0)
+                                           : QVariant(column));
+        rows << row;
+    }
+    return RowsetBytes(columns, rows);
+}
+
+const QStringList kColumns = {"ContactSys", "FirstName",     "LastName",
+                              "comment",    "returningtext", "myfriend"};
+
+} // namespace
+
+// The board without a real server: the sheet adapter (which keeps the board's addressing: row 0
+// header, column 0 row header, -1 for a whole row or column, one number carried per row), the
+// statements and search texts it makes, and how a load ends when the answer is wrong.
+class TestBoardOffline : public QObject {
+    Q_OBJECT
     static QVariant shown(const SpreadGrid& grid, int row, int col, int role) {
         return grid.model()->data(grid.model()->index(row, col), role);
     }
@@ -21,7 +50,23 @@ class TestSpreadGrid : public QObject {
         grid.SetMaxRows(rows);
     }
 
+    std::unique_ptr<TestHttpServer> server;
+    BoxRecorder boxes;
+
+    frmTLView& board() { return Form<frmTLView>(); }
+
+    void load() { board().LoadGrid(5001, 0, 1, 0, QString()); }
+
 private slots:
+    void init() {
+        PointAtFreshStub(server, boxes);
+        Screen::SetMousePointer(Screen::vbDefault);
+    }
+    void cleanup() {
+        FormRegistry::instance().unloadAll();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
     void headerAndCellsAreAddressedFromOne() {
         SpreadGrid grid;
         sheet(grid, 3, 4);
@@ -68,27 +113,6 @@ private slots:
                      QColor(0xC0, 0, 0));
     }
 
-    void headersHideByRowAndColumnZero() {
-        SpreadGrid grid;
-        sheet(grid, 2, 3);
-        grid.show();
-        grid.Row = 0;
-        grid.Col = -1;
-        grid.SetRowHidden(true);
-        QVERIFY(grid.horizontalHeader()->isHidden());
-        grid.Row = -1;
-        grid.Col = 0;
-        grid.SetColHidden(true);
-        QVERIFY(grid.verticalHeader()->isHidden());
-        grid.Col = 2;
-        grid.SetColHidden(true);
-        QVERIFY(grid.isColumnHidden(1));
-        grid.Row = 0;
-        grid.Col = -1;
-        grid.SetRowHidden(false);
-        QVERIFY(!grid.horizontalHeader()->isHidden());
-    }
-
     void rowDataFollowsRowsAndGoesWithTheSheet() {
         SpreadGrid grid;
         sheet(grid, 4, 2);
@@ -111,16 +135,6 @@ private slots:
         QCOMPARE(grid.GetRowItemData(1), 0);
         QVERIFY(!shown(grid, 0, 0, Qt::DisplayRole).isValid());
         QCOMPARE(grid.GetRowItemData(99), 0);
-    }
-
-    void widthsAreTwips() {
-        SpreadGrid grid;
-        sheet(grid, 1, 2);
-        grid.SetColWidth(1, 1440);
-        QCOMPARE(grid.columnWidth(0), grid.logicalDpiX());
-        QCOMPARE(grid.ColWidth(1), 1440);
-        grid.SetColWidth(2, -300); // a window narrower than the fixed columns
-        QCOMPARE(grid.columnWidth(1), 0);
     }
 
     void cellUnderThePointer() {
@@ -191,18 +205,6 @@ private slots:
         }
     }
 
-    void keyTableReadsEmptyOutside() {
-        ContactKeyTable keys;
-        keys.Redim(2, 3);
-        keys.Set(2, 3, QStringLiteral("1001"));
-        keys.Set(3, 0, QStringLiteral("lost"));
-        QCOMPARE(keys.At(2, 3), QStringLiteral("1001"));
-        QCOMPARE(keys.At(3, 0), QString());
-        QCOMPARE(keys.At(-1, 0), QString());
-        keys.Redim(1, 1);
-        QCOMPARE(keys.At(1, 1), QString());
-    }
-
     void listStatements_data() {
         columns<int, int, int, QString>("screen", "group", "location", "statement");
         row("all, no location", 0, 0, 0, "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL");
@@ -227,7 +229,54 @@ private slots:
         // Trimmed before the star goes: a blank in front of it stays.
         QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("Lee *")), QStringLiteral("Lee "));
     }
+
+    void anAnswerFillsTheSheet_data() {
+        columns<QList<int>>("contacts");
+        row("three people", QList<int>{7, 8, 9});
+        row("nobody", QList<int>{});
+    }
+    void anAnswerFillsTheSheet() {
+        QFETCH(QList<int>, contacts);
+        server->setAnswer({200, "text/xml", people(kColumns, contacts), 0});
+        load();
+        QCOMPARE(board().gridStatus->MaxRows(), contacts.size());
+        QCOMPARE(board().windowTitle(), QStringLiteral("Tavlo Standard View"));
+        QVERIFY(boxes.isEmpty());
+        QCOMPARE(Screen::MousePointer(), Screen::vbDefault);
+        QVERIFY(!board().gridStatus->ReDraw()); // left off; painting comes back on its own
+        QTRY_VERIFY(board().gridStatus->updatesEnabled());
+    }
+
+    void aPersonTwiceAsksToTryAgain() {
+        server->setAnswer({200, "text/xml", people(kColumns, {7, 8, 7}), 0});
+        load();
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes[0].text, QStringLiteral("Sorry, your request was not processed properly, "
+                                               "please try again."));
+        QCOMPARE(boxes[0].icon(), int(vb::vbInformation));
+        QCOMPARE(board().gridStatus->MaxRows(), 0);
+        QCOMPARE(modTLMain::colContacts().Count(), 2L);        // what was read before the repeat
+        QCOMPARE(Screen::MousePointer(), Screen::vbHourglass); // the trap skips the reset
+    }
+
+    void noAnswerEndsWithoutAWord() {
+        server.reset(); // connection refused: the gateway tells, the board says nothing more
+        load();
+        QCOMPARE(board().gridStatus->MaxRows(), 0);
+        for (const MsgBoxCall& box : boxes)
+            QVERIFY(!box.title.contains(QStringLiteral("LoadGrid")));
+    }
+
+    void aMissingColumnIsReported() {
+        QStringList columns = kColumns;
+        columns.removeAll(QStringLiteral("myfriend"));
+        server->setAnswer({200, "text/xml", people(columns, {7}), 0});
+        load();
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes[0].title, QStringLiteral("Anomaly Report ::frmTLView:LoadGrid"));
+        QCOMPARE(board().gridStatus->MaxRows(), 0);
+    }
 };
 
-QTEST_MAIN(TestSpreadGrid)
-#include "tst_spreadgrid.moc"
+TAVLO_TEST_MAIN_WITH(QApplication, TestBoardOffline)
+#include "tst_boardoffline.moc"

@@ -1,6 +1,8 @@
 #include "platform/DesktopIdleActivitySource.h"
-#include <QCoreApplication>
+#include "platform/OwnWindowsActivitySource.h"
+#include <QApplication>
 #include <QDBusConnection>
+#include <QLineEdit>
 #include <QProcess>
 #include <QThread>
 #include <QtTest>
@@ -26,8 +28,9 @@ public slots:
     uint GetSessionIdleTime() { return idle; }
 };
 
-// The source that only hears "some input came", as on a Wayland desktop.
-class TestDesktopIdleActivity : public QObject {
+// The activity sources without X11: the one that only hears "some input came", as on a Wayland
+// desktop, and the fallback, where only what reaches the program's own windows counts.
+class TestActivitySources : public QObject {
     Q_OBJECT
     QProcess bus;
     QThread desktop;
@@ -45,6 +48,9 @@ class TestDesktopIdleActivity : public QObject {
         desktopBus().unregisterService(service);
     }
 
+    QLineEdit window;
+    std::unique_ptr<OwnWindowsActivitySource> own;
+
 private slots:
     void initTestCase() {
         bus.start(QStringLiteral("dbus-daemon"),
@@ -57,6 +63,10 @@ private slots:
         gnome.moveToThread(&desktop);
         kde.moveToThread(&desktop);
         desktop.start();
+        window.setGeometry(50, 60, 200, 40);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        own = std::make_unique<OwnWindowsActivitySource>();
     }
 
     void cleanupTestCase() {
@@ -114,11 +124,42 @@ private slots:
         QCOMPARE(source->CursorPos().x(), x + 1);
         withdraw(QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/ScreenSaver"));
     }
+
+    void motionOverAWindowGivesThePointerOnTheScreen() {
+        QTest::mouseMove(&window, QPoint(30, 10));
+        QTRY_COMPARE(own->CursorPos(), window.mapToGlobal(QPoint(30, 10)));
+        QVERIFY(!own->AnyKeyActive());
+    }
+
+    void aKeyIsSeenOnceAndAHeldKeyUntilItsRelease() {
+        QTest::keyClick(&window, Qt::Key_A);
+        QVERIFY(own->AnyKeyActive());
+        QVERIFY(!own->AnyKeyActive());
+        QTest::keyPress(&window, Qt::Key_Shift);
+        QVERIFY(own->AnyKeyActive());
+        QVERIFY(own->AnyKeyActive());
+        QTest::keyRelease(&window, Qt::Key_Shift);
+        QVERIFY(!own->AnyKeyActive());
+    }
+
+    void aClickIsSeen() {
+        QTest::mouseClick(&window, Qt::LeftButton);
+        QVERIFY(own->AnyKeyActive());
+        QVERIFY(!own->AnyKeyActive());
+    }
+
+    void leavingTheProgramForgetsKeysHeld() {
+        QTest::keyPress(&window, Qt::Key_Control);
+        QEvent away(QEvent::ApplicationDeactivate);
+        QCoreApplication::sendEvent(qApp, &away);
+        own->AnyKeyActive();
+        QVERIFY(!own->AnyKeyActive());
+    }
 };
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    TestDesktopIdleActivity test;
+    QApplication app(argc, argv);
+    TestActivitySources test;
     return QTest::qExec(&test, argc, argv);
 }
-#include "tst_desktopidleactivity.moc"
+#include "tst_activitysources.moc"

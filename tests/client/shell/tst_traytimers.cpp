@@ -1,7 +1,9 @@
-#include "SignInFixture.h"
 #include "FakeNetwork.h"
 #include "Rows.h"
+#include "SignInFixture.h"
+#include "board/frmTLView.h"
 #include "platform/ActivitySource.h"
+#include "platform/CommandLine.h"
 #include "shell/TrayDisplay.h"
 #include "shell/frmTLMain.h"
 #include "shell/modTLMouseActivity.h"
@@ -25,8 +27,10 @@ public:
 
 } // namespace
 
-// The idle watch on the signed-in user against a real server, driven tick by tick.
-class TestIdleWatch : public QObject {
+// The tray form's timers against a real server, driven tick by tick: the idle watch on the
+// signed-in user, the status poll (the server is the master of the user's status) and the
+// network watch; a server gone during a poll ends the program.
+class TestTrayTimers : public QObject {
     Q_OBJECT
     SignInFixture f;
     FakeActivity* activity = nullptr;
@@ -35,8 +39,9 @@ class TestIdleWatch : public QObject {
 
     auto& root() { return TLMain(); }
     auto& watch() { return modTLMouseActivity::Current(); }
+    frmTLMain& tray() { return Form<frmTLMain>(); }
 
-    // Ticks as the timer would; answers what went to the server meanwhile.
+    // Idle ticks as the timer would; answers what went to the server meanwhile.
     QStringList ticks(int count, const std::function<void()>& before = {}) {
         f.gateway->clear();
         for (int i = 0; i < count; ++i) {
@@ -48,6 +53,16 @@ class TestIdleWatch : public QObject {
     }
     QStringList moveSideways() {
         return ticks(1, [this] { activity->position.rx() += 7; });
+    }
+
+    // One tick of the status poll.
+    QStringList tick() {
+        return f.sentBy([this] { tray().tmrUpdateStatus_Timer(); });
+    }
+    QStringList pollStatements(const char* chat = ", 0") const {
+        return {QStringLiteral("EXEC tl_GetContactNotesUnread  ") + contact,
+                QStringLiteral("EXEC tl_GetContactStatus ") + contact,
+                QStringLiteral("EXEC tl_UpdateChatStatus ") + contact + QString::fromLatin1(chat)};
     }
 
     QString setStatus(int statusSys, const QString& comment) const {
@@ -66,6 +81,12 @@ class TestIdleWatch : public QObject {
         QCOMPARE(f.query("SELECT COALESCE(comment, '')" + where).toString(), comment);
     }
 
+    // What another person does on another computer (bob, user 5002).
+    void postAsBob(const QString& statement) {
+        QString why;
+        QVERIFY2(f.postAs(QStringLiteral("bob"), statement, &why), qPrintable(why));
+    }
+
 private slots:
     void initTestCase() {
         QVERIFY2(f.start(), qPrintable(f.server->failure()));
@@ -74,19 +95,25 @@ private slots:
         modTLMouseActivity::SetSource(std::move(fake));
     }
 
-    // Ann signed in and In, the watch on with 15 minutes, no tick due from the real timers.
+    void cleanupTestCase() { modTLMouseActivity::SetSource(nullptr); }
+
+    // Ann signed in and In, the watch on with 15 minutes, chat off, no tick due from the real
+    // timers.
     void init() {
         f.reset();
         NetworkInterfaces::SetSource(&FakeNetwork::Wired); // the status poll runs
+        CommandLine::SetArguments(QStringList{});
         QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
-        auto& tray = Form<frmTLMain>();
-        for (QTimer* timer : {tray.tmrMouseActivity, tray.tmrUpdateStatus, tray.tmrCheckNetwork})
+        for (QTimer* timer :
+             {tray().tmrMouseActivity, tray().tmrUpdateStatus, tray().tmrCheckNetwork})
             timer->stop();
         contact = QString::number(root().ActiveUser().ContactSys());
         user = QString::number(root().ActiveUser().UserSys());
         root().ActiveContact().UpdateContactStatus(root().ActiveUser().ContactSys(), 3, {}, {}, {});
         root().Settings().AutoDetectActivity = true;
         root().Settings().IdleTime = 15;
+        root().Settings().EnableChat = false;
+        root().Settings().ChatConnected = root().Settings().ChatConnecting = false;
         root().DataAccess().ConnectionEnabled = true;
         root().ActiveContact().NotesUnread = 0; // plain pictures in the tray
         activity->keyHeld = activity->pressed = false;
@@ -103,18 +130,18 @@ private slots:
             f.pointAtGateway();
         };
         reloadTray();
-        QVERIFY(!Form<frmTLMain>().tmrMouseActivity->isActive());
+        QVERIFY(!tray().tmrMouseActivity->isActive());
         QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
-        QVERIFY(!Form<frmTLMain>().tmrMouseActivity->isActive());
+        QVERIFY(!tray().tmrMouseActivity->isActive());
         reloadTray();
         watch().PrevPos = QPoint(9, 9);
         QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
-        QVERIFY(Form<frmTLMain>().tmrMouseActivity->isActive());
-        QCOMPARE(Form<frmTLMain>().tmrMouseActivity->interval(), 1000);
+        QVERIFY(tray().tmrMouseActivity->isActive());
+        QCOMPARE(tray().tmrMouseActivity->interval(), 1000);
         QCOMPARE(watch().PrevPos, QPoint(0, 0));
         root().ActiveUser().Logout();
-        QVERIFY(Form<frmTLMain>().tmrMouseActivity->isActive()); // signing out doesn't stop it
-        Form<frmTLMain>().tmrMouseActivity->stop();
+        QVERIFY(tray().tmrMouseActivity->isActive()); // signing out doesn't stop it
+        tray().tmrMouseActivity->stop();
     }
 
     void fifteenQuietMinutesMakeTheUserIdleAndASidewaysMoveBringsTheUserBack() {
@@ -123,7 +150,7 @@ private slots:
         compareServer(6, QStringLiteral("User is idle"));
         QCOMPARE(root().ActiveStatus().StatusSys, 6);
         QCOMPARE(root().ActiveStatusRow().Comment, QStringLiteral("User is idle"));
-        QCOMPARE(Form<frmTLMain>().TrayPictureIndex(), TrayDisplay::kUnavailable);
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kUnavailable);
         QCOMPARE(watch().IdleMilliseconds, 0.0);
 
         // Keys hold the count back but don't bring anyone back.
@@ -132,7 +159,7 @@ private slots:
         QCOMPARE(moveSideways(), QStringList{comeBack()});
         compareServer(3, QString());
         QCOMPARE(root().ActiveStatusRow().Comment, QString());
-        QCOMPARE(Form<frmTLMain>().TrayPictureIndex(), TrayDisplay::kIn);
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kIn);
         QVERIFY(f.boxes.isEmpty());
     }
 
@@ -190,14 +217,9 @@ private slots:
     void onlyTheExactCommentFromAnywhereCountsAsIdle() {
         QFETCH(QString, comment);
         QFETCH(bool, comesBack);
-        const QString other = QString::number(f.query("SELECT usersys FROM users WHERE "
-                                                      "username = 'bob'")
-                                                  .toInt());
-        f.gateway->clear();
-        QVERIFY(f.postAs(QStringLiteral("bob"),
-                         QStringLiteral("EXEC tl_SetStatus %1,6,NULL,NULL,'%2',%3")
-                             .arg(contact, comment, other)));
-        Form<frmTLMain>().tmrUpdateStatus_Timer();
+        postAsBob(
+            QStringLiteral("EXEC tl_SetStatus %1,6,NULL,NULL,'%2',5002").arg(contact, comment));
+        tray().tmrUpdateStatus_Timer();
         QCOMPARE(root().ActiveStatus().StatusSys, 6);
         QCOMPARE(root().ActiveStatusRow().Comment, comment);
         QCOMPARE(moveSideways(), comesBack ? QStringList{comeBack()} : QStringList());
@@ -225,8 +247,126 @@ private slots:
         QCOMPARE(watch().IdleMilliseconds, 0.0);
     }
 
-    void cleanupTestCase() { modTLMouseActivity::SetSource(nullptr); }
+    void bothTimersRunFromTheTrayFormsLoad() {
+        Unload<frmTLMain>();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(tray().tmrCheckNetwork->isActive());
+        QCOMPARE(tray().tmrCheckNetwork->interval(), 1000);
+        QVERIFY(tray().tmrUpdateStatus->isActive());
+        QCOMPARE(tray().tmrUpdateStatus->interval(), 30000);
+    }
+
+    void aChangeMadeElsewhereReachesTrayAndStatusBarInOneTick() {
+        postAsBob(
+            QStringLiteral("EXEC tl_SetStatus %1,8,NULL,NULL,'Gone to lunch',5002").arg(contact));
+        postAsBob(QStringLiteral("EXEC tl_AddContactNote %1,'Call me back',5002,0").arg(contact));
+        const int unread = f.query("SELECT COUNT(*) FROM note WHERE contactsys = " + contact +
+                                   " AND dateread IS NULL AND deleted = 0")
+                               .toInt();
+        QVERIFY(unread > 0);
+        root().ActiveContact().NotesUnread = 0;
+        QCOMPARE(tick(), pollStatements());
+        QCOMPARE(root().ActiveStatus().StatusSys, 8);
+        QCOMPARE(root().ActiveStatus().StatusText, QStringLiteral("Out"));
+        QCOMPARE(root().ActiveStatusRow().Comment, QStringLiteral("Gone to lunch"));
+        QCOMPARE(root().ActiveContact().NotesUnread, unread);
+        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kOtherWithNotes);
+        QVERIFY(tray().trayIcon->toolTip().endsWith(QStringLiteral("Status set to Out")));
+        QCOMPARE(Form<frmTLView>().StatusBarBottom->Panel(QStringLiteral("status"))->text(),
+                 QStringLiteral("Status: Out"));
+        QVERIFY(f.boxes.isEmpty());
+    }
+
+    // Changes made here aren't sent again: the server's word simply stands.
+    void theServerOverwritesTheLocalStatus() {
+        root().ActiveStatus().StatusSys = 6;
+        root().ActiveStatus().StatusText = QStringLiteral("Unavailable");
+        root().ActiveStatusRow().Comment = QStringLiteral("local only");
+        QCOMPARE(tick(), pollStatements());
+        QCOMPARE(root().ActiveStatus().StatusSys,
+                 f.query("SELECT statussys FROM contact WHERE contactsys = " + contact).toInt());
+        QCOMPARE(root().ActiveStatusRow().Comment,
+                 f.query("SELECT COALESCE(comment, '') FROM contact WHERE contactsys = " + contact)
+                     .toString());
+    }
+
+    void theChatStateGoesToTheServerAtEveryTick_data() {
+        columns<bool, bool, bool, QString>("enabled", "connected", "connecting", "sent");
+        row("chat off", false, false, false, ", 0");
+        row("online", true, true, false, ", 1");
+        row("still connecting", true, true, true, ", 0");
+    }
+    void theChatStateGoesToTheServerAtEveryTick() {
+        QFETCH(bool, enabled);
+        QFETCH(bool, connected);
+        QFETCH(bool, connecting);
+        QFETCH(QString, sent);
+        auto& settings = root().Settings();
+        settings.EnableChat = enabled;
+        settings.ChatConnected = connected;
+        settings.ChatConnecting = connecting;
+        QCOMPARE(tick(), pollStatements(qPrintable(sent)));
+        QCOMPARE(f.query("SELECT chatstatus FROM contact WHERE contactsys = " + contact).toInt(),
+                 sent == ", 1" ? 1 : 0);
+    }
+
+    void aContactWithoutNumbersOnlySendsTheChatState() {
+        root().ActiveContact().UserSys = 0;
+        QCOMPARE(tick(), QStringList{pollStatements().last()});
+    }
+
+    void nothingIsSentSignedOutOrWithoutANetwork() {
+        root().ActiveUser().Logout();
+        QCOMPARE(tick(), QStringList());
+        QCOMPARE(tray().trayIcon->toolTip(), QStringLiteral("Tavlo - Not Logged In"));
+        QVERIFY(root().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
+        NetworkInterfaces::SetSource(&FakeNetwork::OnlyLoopback);
+        QCOMPARE(tick(), QStringList());
+        f.gateway->clear();
+        tray().UpdateNoteCountFromDatabase();
+        QCOMPARE(f.gateway->statements(), QStringList());
+        NetworkInterfaces::SetSource(&FakeNetwork::Wired);
+        QCOMPARE(tick(), pollStatements());
+    }
+
+    void theIgnoreNetworkSwitchStopsThePollForTheWholeRun() {
+        CommandLine::SetArguments(QStringList{QStringLiteral("/IgnoreNetwork")});
+        QCOMPARE(tick(), QStringList());
+        f.gateway->clear();
+        tray().UpdateNoteCountFromDatabase();
+        QCOMPARE(f.gateway->statements(), QStringList());
+    }
+
+    void anEmptyStatusAnswerIsReportedAndTheProgramGoesOn() {
+        root().ActiveContact().ContactSys = 999999;
+        root().ActiveStatus().StatusSys = 3;
+        tick();
+        QCOMPARE(root().ActiveStatus().StatusSys, 3);
+        QVERIFY(IsLoaded<frmTLMain>());
+        QCOMPARE(f.boxes.size(), 1);
+        QCOMPARE(f.boxes.first().title,
+                 QStringLiteral("Anomaly Report ::frmTLMain:tmrUpdateStatus"));
+        QVERIFY(f.boxes.first().text.contains(QStringLiteral("current record")));
+    }
+
+    // Last: the server goes away for good. The gateway's message comes once, then the tray
+    // icon goes and the program's event loop ends.
+    void aServerGoneDuringAPollEndsTheProgram() {
+        root().Settings().SetWebAddress(f.server->baseUrl());
+        QPointer<frmTLMain> form = &tray();
+        f.server.reset();
+        QTimer::singleShot(0, form, &frmTLMain::tmrUpdateStatus_Timer);
+        QTimer::singleShot(60000, [] { QCoreApplication::exit(99); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(f.boxes.size(), 1);
+        QVERIFY2(f.boxes.first().text.startsWith(
+                     QStringLiteral("Tavlo is unable to contact the server.")),
+                 qPrintable(f.boxes.first().text));
+        QVERIFY(!IsLoaded<frmTLMain>());
+        QVERIFY(!form || !form->trayIcon->isVisible());
+        QVERIFY(!root().ActiveUser().ValidUser());
+    }
 };
 
-TAVLO_SIGNED_IN_TEST_MAIN(TestIdleWatch)
-#include "tst_idlewatch.moc"
+TAVLO_SIGNED_IN_TEST_MAIN(TestTrayTimers)
+#include "tst_traytimers.moc"
