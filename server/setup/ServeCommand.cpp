@@ -89,6 +89,7 @@ std::optional<ServeOptions> serveOptions(const QCommandLineParser& parser) {
         }
         return value;
     };
+    options.settings.publicUrl = options.publicUrl.trimmed();
     options.gateway.cacheBytes = std::size_t(number("cache-mb", 0, 65536)) << 20;
     options.gateway.limits.connectionsPerAddress =
         number("max-connections-per-address", 1, 1 << 20);
