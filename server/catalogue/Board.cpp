@@ -141,8 +141,8 @@ wire::Rowset people(Database& db, qint64 askingUser, const QString& where,
     ChatPresence::instance().Swap(db);
     wire::Rowset rowset =
         ReadRowset(db,
-                   kSelect + QStringLiteral("WHERE o.disabled = 0 AND (") + where +
-                       QStringLiteral(") ORDER BY c.lastname, c.firstname, c.contactsys"),
+                   kSelect + QStringLiteral("WHERE o.disabled = 0 AND c.removed = 0 AND (") +
+                       where + QStringLiteral(") ORDER BY c.lastname, c.firstname, c.contactsys"),
                    all);
     for (size_t i = 0; i < rowset.columns.size(); ++i) {
         if (rowset.columns[i].name != QStringLiteral("returningtext"))

@@ -50,24 +50,25 @@ QString PublicBaseUrl() {
     return baseUrl();
 }
 
-void Issue(Database& db, qint64 userSys, const QString& emailAddress) {
+QString NewLink(Database& db, qint64 userSys, const QString& baseUrl, int validSeconds) {
     unsigned char bytes[32];
     randombytes_buf(bytes, sizeof bytes);
     const QString token =
         QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(bytes), sizeof bytes).toHex());
-    const QDateTime expires = QDateTime::currentDateTime().addSecs(3600);
-    db.write([&] {
-        // One pending link per account: a new question spends the earlier ones.
-        db.exec(QStringLiteral("UPDATE resettoken SET used = 1 WHERE usersys = ? AND used = 0"),
-                {userSys});
-        db.exec(
-            QStringLiteral(
+    db.exec(QStringLiteral("UPDATE resettoken SET used = 1 WHERE usersys = ? AND used = 0"),
+            {userSys});
+    db.exec(QStringLiteral(
                 "INSERT INTO resettoken (tokenhash, usersys, expires, used) VALUES (?, ?, ?, 0)"),
-            {hashOf(token), userSys, stamp(expires)});
-    });
+            {hashOf(token), userSys, stamp(QDateTime::currentDateTime().addSecs(validSeconds))});
+    return baseUrl + QStringLiteral("/reset?token=") + token;
+}
+
+void Issue(Database& db, qint64 userSys, const QString& emailAddress) {
+    const QDateTime expires = QDateTime::currentDateTime().addSecs(3600);
+    const QString base = PublicBaseUrl();
+    const QString link = db.write([&] { return NewLink(db, userSys, base, 3600); });
     QMutexLocker guard(&lock());
-    pending().insert(emailAddress.trimmed().toLower(),
-                     {baseUrl() + QStringLiteral("/reset?token=") + token, expires});
+    pending().insert(emailAddress.trimmed().toLower(), {link, expires});
 }
 
 std::optional<QString> TakeLink(const QString& emailAddress) {

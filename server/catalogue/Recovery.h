@@ -13,6 +13,9 @@ namespace Recovery {
 void SetPublicBaseUrl(const QString& url);
 QString PublicBaseUrl();
 
+// Inside a write: a new token for the user, valid for that long, with the user's earlier ones
+// spent (one pending link per account); answers the link at baseUrl that carries it.
+QString NewLink(Database& db, qint64 userSys, const QString& baseUrl, int validSeconds);
 // Makes a token for the user, keeps only its hash in the store, and remembers the link for
 // the next recovery mail to that address.
 void Issue(Database& db, qint64 userSys, const QString& emailAddress);

@@ -13,6 +13,9 @@ struct ServerSettings {
     bool secureCookies = false;
     // A client on chat says so with every poll; one silent this long has gone.
     int chatWindowSeconds = 90;
+    // The public address given to serve, empty when none was: mailed links point there, and
+    // without it the administration hands out first passwords instead of mailing links.
+    QString publicUrl = QString();
 
     static const ServerSettings& Current();
     static void Set(ServerSettings settings);

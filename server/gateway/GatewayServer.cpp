@@ -6,6 +6,7 @@
 #include "catalogue/LogText.h"
 #include "catalogue/ServerSettings.h"
 #include "store/SessionStore.h"
+#include "web/AdminApi.h"
 #include "web/AdminPages.h"
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
@@ -81,6 +82,13 @@ QHash<QString, QString> postedFields(const HttpRequest& req) {
     return fields;
 }
 
+// The administration's JSON answers, never kept by browsers or proxies.
+HttpReply jsonReply(const AdminApi::Reply& reply) {
+    HttpReply out{reply.status, "application/json", reply.body.toJson(QJsonDocument::Compact), {}};
+    out.with("Cache-Control", "no-store").with("X-Content-Type-Options", "nosniff");
+    return out;
+}
+
 } // namespace
 
 struct GatewayServer::Impl {
@@ -138,6 +146,11 @@ void GatewayServer::Impl::addRoutes() {
         const Caller caller = CallerOf(db, SessionStore::TokenIn(cookieOf(req)), req.peer);
         return pageReply(AdminPages::Administrator(db, caller.userSys, fieldsOf(req)));
     });
+    for (const AdminApi::Route& route : AdminApi::Routes())
+        add(route.method, route.path, [this, &route](const HttpRequest& req) {
+            const Caller caller = CallerOf(db, SessionStore::TokenIn(cookieOf(req)), req.peer);
+            return jsonReply(AdminApi::Run(db, route, caller, fieldsOf(req)));
+        });
     add("GET POST", "/logout.asp", [this](const HttpRequest& req) {
         const QString token = SessionStore::TokenIn(cookieOf(req));
         if (!token.isEmpty())

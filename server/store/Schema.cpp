@@ -28,7 +28,8 @@ const Table kTables[] = {
      "homefax TEXT, homeemail TEXT, hiredate TEXT, dateadded TEXT, tooltip TEXT, "
      "showhomeinfo INTEGER NOT NULL DEFAULT 0, statussys INTEGER NOT NULL DEFAULT 3, "
      "comment TEXT, returnat TEXT, statussetby INTEGER, statussetat TEXT, "
-     "chatstatus INTEGER NOT NULL DEFAULT 0, chatseenat TEXT"},
+     "chatstatus INTEGER NOT NULL DEFAULT 0, chatseenat TEXT, "
+     "removed INTEGER NOT NULL DEFAULT 0"},
     {"users", "usersys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, username TEXT NOT NULL "
               "UNIQUE, passwordhash TEXT NOT NULL, removed INTEGER NOT NULL DEFAULT 0"},
     {"usersecurity", "usersys INTEGER NOT NULL, securityobjectsys INTEGER NOT NULL, "
@@ -97,6 +98,8 @@ QStringList statements(bool postgres) {
 
 QList<AddedColumn> addedColumns() {
     return {{QStringLiteral("contact"), QStringLiteral("chatseenat"), QStringLiteral("TEXT")},
+            {QStringLiteral("contact"), QStringLiteral("removed"),
+             QStringLiteral("INTEGER NOT NULL DEFAULT 0")},
             {QStringLiteral("versioninfo"), QStringLiteral("updatesha256"), QStringLiteral("TEXT")},
             {QStringLiteral("outbox"), QStringLiteral("attempts"),
              QStringLiteral("INTEGER NOT NULL DEFAULT 0")},
