@@ -1,4 +1,4 @@
-// The web pages' files, compiled in as resources under :/webapp/static: each is answered at
+// The web pages' files, compiled in as resources under :/web/static: each is answered at
 // /static/<name>, and the board's page also at /board (the wall mode is the same page).
 #include "WebAppRoutes.h"
 #include "WebReplies.h"
@@ -41,7 +41,7 @@ WebRoute fileRoute(const QString& path, const QString& resource) {
 namespace WebApp {
 
 WebRoutes PageRoutes(Database&) {
-    const QString folder = QStringLiteral(":/webapp/static/");
+    const QString folder = QStringLiteral(":/web/static/");
     WebRoutes routes;
     for (const QString& name : QDir(folder).entryList(QDir::Files))
         routes.push_back(fileRoute(QStringLiteral("/static/") + name, folder + name));
