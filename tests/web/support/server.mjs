@@ -5,9 +5,10 @@ import { mkdtempSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
 
+// The programs as the test's command names them, or where a default build puts them.
 const binaryDir = process.env.TAVLO_BINARY_DIR ?? path.resolve('build/default');
-const serverBinary = path.join(binaryDir, 'server', 'tavlo-server');
-const queryBinary = path.join(binaryDir, 'tools', 'query', 'tavlo-query');
+const serverBinary = process.argv[2] ?? path.join(binaryDir, 'server', 'tavlo-server');
+const queryBinary = process.argv[3] ?? path.join(binaryDir, 'tools', 'query', 'tavlo-query');
 
 export class TavloServer {
   // prepare(dbFile) runs on the demo database before the server starts.
