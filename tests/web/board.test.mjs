@@ -109,7 +109,8 @@ test('sign-in, the board, and one\'s own status change through to the gateway an
 
   await carol.click('#my-status');
   await setStatus(carol, 'At Lunch', localDate(1), '13:30', 'Back after lunch');
-  await screenshot(carol, 'web-status-dialog');
+  await carol.locator('#status-history li', { hasText: 'No changes kept yet.' }).waitFor();
+  await screenshot(carol, 'web-status-dialog', { fullPage: false });
   await carol.click('#status-save');
   await carol.locator('#status-dialog[open]').waitFor({ state: 'detached' });
   await row(carol, 1003).locator('td.status', { hasText: 'At Lunch' }).waitFor();

@@ -40,6 +40,7 @@ async function loadHistory(contact) {
         `${h.comment ? ` (${h.comment})` : ''} by ${h.by} via ${h.via}`,
     }),
   );
+  if (items.length === 0) items.push(el('li', { text: 'No changes kept yet.' }));
   document.getElementById('status-history').replaceChildren(...items);
 }
 

@@ -17,6 +17,7 @@ export function launch() {
   });
 }
 
-export function screenshot(page, name) {
-  return page.screenshot({ path: path.join(shots, `${name}.png`), fullPage: true });
+// The whole page, or only the window (a dialog over the page).
+export function screenshot(page, name, { fullPage = true } = {}) {
+  return page.screenshot({ path: path.join(shots, `${name}.png`), fullPage });
 }
