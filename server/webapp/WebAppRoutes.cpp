@@ -4,8 +4,8 @@ namespace WebApp {
 
 WebRoutes All(Database& db) {
     WebRoutes all;
-    for (auto part : {PageRoutes, SessionRoutes, BoardRoutes, WallRoutes})
-        for (WebRoute& route : part(db))
+    for (auto routesOf : {PageRoutes, SessionRoutes, BoardRoutes, WallRoutes})
+        for (WebRoute& route : routesOf(db))
             all.push_back(std::move(route));
     return all;
 }
