@@ -11,6 +11,8 @@
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
 #include "web/WebBoard.h"
+#include "webapp/WebAppRoutes.h"
+#include "webapp/WebReplies.h"
 #include <QHash>
 #include <QRegularExpression>
 #include <QUrl>
@@ -99,7 +101,7 @@ struct GatewayServer::Impl {
 
     HttpReply handle(HttpRequest req);
     void addRoutes();
-    void add(const char* methods, const char* path, Route route);
+    void add(const QString& methods, const QString& path, Route route);
 
     Database& db;
     GatewayEndpoint endpoint;
@@ -109,15 +111,18 @@ struct GatewayServer::Impl {
     HttpFront front;
 };
 
-void GatewayServer::Impl::add(const char* methods, const char* path, Route route) {
-    const QString where = QLatin1String(path);
-    for (const QString& method : QString::fromLatin1(methods).split(QLatin1Char(' ')))
-        routes.insert(method + QLatin1Char(' ') + where, route);
-    allowed.insert(where,
-                   QString::fromLatin1(methods).replace(QLatin1Char(' '), QStringLiteral(", ")));
+void GatewayServer::Impl::add(const QString& methods, const QString& path, Route route) {
+    QStringList allow = allowed.value(path).split(QStringLiteral(", "), Qt::SkipEmptyParts);
+    for (const QString& method : methods.split(QLatin1Char(' '))) {
+        routes.insert(method + QLatin1Char(' ') + path, route);
+        allow << method;
+    }
+    allowed.insert(path, allow.join(QStringLiteral(", ")));
 }
 
 void GatewayServer::Impl::addRoutes() {
+    for (WebRoute& route : WebApp::All(db))
+        add(QString::fromLatin1(route.methods), route.path, std::move(route.handle));
     add("POST", "/XMLDemo.asp", [this](const HttpRequest& req) {
         const GatewayEndpoint::Reply reply = endpoint.Handle(req.body, req.peer, cookieOf(req));
         HttpReply out{reply.status, reply.contentType, reply.body, {}};
@@ -179,6 +184,11 @@ HttpReply GatewayServer::Impl::handle(HttpRequest req) {
                 return {200, "image/png", png, {}};
         }
         const auto methods = allowed.constFind(req.path);
+        if (req.path.startsWith(QStringLiteral("/api/")))
+            return methods == allowed.constEnd()
+                       ? WebReplies::Error(404, QStringLiteral("No such route."))
+                       : WebReplies::Error(405, QStringLiteral("Not with this method."))
+                             .with("Allow", methods->toLatin1());
         if (methods == allowed.constEnd())
             return htmlReply(404, QStringLiteral("<html><body><h1>404</h1></body></html>"));
         if (req.path == QStringLiteral("/logincheck.asp"))
@@ -189,6 +199,8 @@ HttpReply GatewayServer::Impl::handle(HttpRequest req) {
         LogLine(QStringLiteral("failed for %1: %2 %3: %4")
                     .arg(req.peer, QString::fromLatin1(req.method), req.path,
                          QString::fromLocal8Bit(e.what())));
+        if (req.path.startsWith(QStringLiteral("/api/")))
+            return WebReplies::Error(500, QStringLiteral("Server error."));
         return htmlReply(500, QStringLiteral("<html><body><h1>Server error</h1></body></html>"));
     }
 }

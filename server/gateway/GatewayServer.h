@@ -17,7 +17,8 @@ struct GatewayOptions {
 
 // The server's routes: POST /XMLDemo.asp runs one catalogue statement, /healthz answers load
 // balancers, the web sign-in, administration and sign-out pages, /reset sets a new password
-// from a recovery link, and /pictures/ serves the contact pictures.
+// from a recovery link, /pictures/ serves the contact pictures, and the web board's page,
+// files and JSON routes (webapp/) are added beside them.
 class GatewayServer {
 public:
     explicit GatewayServer(Database& db, GatewayOptions options = {});

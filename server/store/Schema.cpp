@@ -62,6 +62,10 @@ const Table kTables[] = {
      "historysys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, changedby INTEGER, "
      "changedat TEXT NOT NULL, fromstatus INTEGER, tostatus INTEGER, fromcomment TEXT, "
      "tocomment TEXT, via TEXT NOT NULL"},
+    // Read-only display tokens of the wall screens, by organisation (hashes only).
+    {"walltoken",
+     "tokensys INTEGER PRIMARY KEY, tokenhash TEXT NOT NULL UNIQUE, organizationsys INTEGER NOT "
+     "NULL, label TEXT, createdby INTEGER, createdat TEXT NOT NULL, revokedat TEXT"},
 };
 
 // Look-ups the board, the poll and sign-in make on every call.

@@ -19,13 +19,6 @@ QString cell(const wire::Recordset& rs, const char* column) {
     return rs.Fields(QString::fromLatin1(column)).Value().toString().trimmed().toHtmlEscaped();
 }
 
-bool isAdministrator(Database& db, qint64 userSys) {
-    QSqlQuery q = db.exec(QStringLiteral("SELECT COUNT(*) FROM usersecurity WHERE usersys = ? "
-                                         "AND securityobjectsys = ?"),
-                          {userSys, kAdministratorRight});
-    return q.next() && q.value(0).toInt() > 0;
-}
-
 struct Organisation {
     qint64 sys = 0;
     QString name;
@@ -89,10 +82,17 @@ Page personPage(Database& db, qint64 userSys, const Organisation& org, qint64 co
 
 } // namespace
 
+bool IsAdministrator(Database& db, qint64 userSys) {
+    QSqlQuery q = db.exec(QStringLiteral("SELECT COUNT(*) FROM usersecurity WHERE usersys = ? "
+                                         "AND securityobjectsys = ?"),
+                          {userSys, kAdministratorRight});
+    return q.next() && q.value(0).toInt() > 0;
+}
+
 Page Administrator(Database& db, qint64 userSys, const QHash<QString, QString>& fields) {
     if (userSys < 0)
         return WebBoard::SignInForm(401, QStringLiteral("Please sign in."));
-    if (!isAdministrator(db, userSys))
+    if (!IsAdministrator(db, userSys))
         return message(403, QStringLiteral("Tavlo Administration"),
                        QStringLiteral("You do not have administrator rights."));
     const Organisation org = organisationOf(db, userSys);

@@ -12,6 +12,9 @@ namespace AdminPages {
 
 inline constexpr qint64 kAdministratorRight = 10000000;
 
+// Whether the user holds the administrator right (the web's administration, its JSON routes).
+bool IsAdministrator(Database& db, qint64 userSys);
+
 // userSys is the session's user, -1 for a visitor who hasn't signed in.
 WebBoard::Page Administrator(Database& db, qint64 userSys, const QHash<QString, QString>& fields);
 

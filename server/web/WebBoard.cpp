@@ -1,10 +1,8 @@
 #include "WebBoard.h"
 
+#include "WebSignIn.h"
 #include "catalogue/Board.h"
-#include "catalogue/PasswordCheck.h"
-#include "store/Database.h"
 #include "wire/Recordset.h"
-#include <QSqlQuery>
 
 namespace WebBoard {
 namespace {
@@ -33,34 +31,11 @@ Page signInFormPage(int status, const QString& reason) {
     return {status, pageHtml(QStringLiteral("Tavlo"), body)};
 }
 
-struct Account {
-    qint64 userSys = -1;
-    qint64 organizationSys = 0;
-    QString organizationName;
-    bool removed = false;
-    bool disabled = false;
-};
-
-Account accountOf(Database& db, qint64 userSys) {
-    Account account;
-    QSqlQuery q =
-        db.exec(QStringLiteral("SELECT u.usersys, u.removed, o.disabled, o.organizationsys, "
-                               "o.name FROM users u "
-                               "JOIN contact c ON c.contactsys = u.contactsys "
-                               "JOIN organization o ON o.organizationsys = c.organizationsys "
-                               "WHERE u.usersys = ?"),
-                {userSys});
-    if (q.next())
-        account = {q.value(0).toLongLong(), q.value(3).toLongLong(), q.value(4).toString(),
-                   q.value(1).toInt() != 0, q.value(2).toInt() != 0};
-    return account;
-}
-
 QString cell(const wire::Recordset& rs, const char* column) {
     return rs.Fields(QString::fromLatin1(column)).Value().toString().trimmed().toHtmlEscaped();
 }
 
-QString boardTable(Database& db, const Account& account) {
+QString boardTable(Database& db, const WebSignIn& account) {
     wire::Recordset rs(Board::people(db, account.userSys, QStringLiteral("c.organizationsys = ?"),
                                      {account.organizationSys}));
     QString rows;
@@ -85,16 +60,9 @@ Page LoginCheck(Database& db, const QHash<QString, QString>& fields, const QStri
     const QString password = fields.value(QStringLiteral("Password"));
     if (userName.isEmpty())
         return signInFormPage(200, QString());
-    const PasswordCheck check = PasswordCheck::Run(db, userName, password, peer);
-    if (check.outcome == PasswordCheck::Outcome::Wait)
-        return signInFormPage(429, check.waitText());
-    const Account account = accountOf(db, check.userSys);
-    if (account.userSys < 0)
-        return signInFormPage(401, QStringLiteral("Invalid Login, please try again!"));
-    if (account.removed)
-        return signInFormPage(403, QStringLiteral("Your account has been removed."));
-    if (account.disabled)
-        return signInFormPage(403, QStringLiteral("Your organization has been disabled."));
+    const WebSignIn account = WebSignIn::Check(db, userName, password, peer);
+    if (!account.good())
+        return signInFormPage(account.status, account.reason);
     const QString title = QStringLiteral("Tavlo - ") + account.organizationName;
     return {200,
             pageHtml(title, QStringLiteral("<h1>%1</h1>%2")

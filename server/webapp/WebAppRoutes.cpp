@@ -1,0 +1,13 @@
+#include "WebAppRoutes.h"
+
+namespace WebApp {
+
+WebRoutes All(Database& db) {
+    WebRoutes all;
+    for (auto routesOf : {PageRoutes, SessionRoutes, BoardRoutes, WallRoutes})
+        for (WebRoute& route : routesOf(db))
+            all.push_back(std::move(route));
+    return all;
+}
+
+} // namespace WebApp

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "WebRoute.h"
+
+class Database;
+
+// The web board's routes: its page and files, and the JSON routes under /api/ that the page
+// calls (JSON in and out; the session cookie names the caller).
+namespace WebApp {
+
+WebRoutes PageRoutes(Database& db);    // /board, /static/<file>
+WebRoutes SessionRoutes(Database& db); // sign-in, sign-out, who is signed in
+WebRoutes BoardRoutes(Database& db);   // the board, status changes, a person's history
+WebRoutes WallRoutes(Database& db);    // the wall's board and its display tokens
+
+WebRoutes All(Database& db);
+
+} // namespace WebApp
