@@ -2,6 +2,8 @@
 #include "TestHttpServer.h"
 
 #include "Rows.h"
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QtTest>
 #include <atomic>
 #include <thread>
@@ -74,14 +76,25 @@ private slots:
         QCOMPARE(requests[1].target, QByteArray("/tavlo/XMLDemo.asp"));
     }
 
-    // An empty moment still goes as a header of its own.
+    // An empty moment still goes as a header of its own (seen in the raw request: the test
+    // server's library drops empty headers).
     void anEmptyLastCachedIsStillSent() {
-        TestHttpServer server;
-        GatewayRequest r = request(server.baseUrl(), "EXECUTE tl_VersionCheck");
+        QTcpServer raw;
+        QVERIFY(raw.listen(QHostAddress::LocalHost));
+        GatewayRequest r = request(QStringLiteral("http://127.0.0.1:%1").arg(raw.serverPort()),
+                                   "EXECUTE tl_VersionCheck");
         r.lastCached.clear();
-        QVERIFY(postStatement(r).transportOk);
-        QVERIFY(server.requests().value(0).hasHeader("lastCached"));
-        QCOMPARE(server.requests().value(0).header("lastCached"), QByteArray());
+        std::thread post([&] { postStatement(r); });
+        QVERIFY(raw.waitForNewConnection(5000));
+        QTcpSocket* client = raw.nextPendingConnection();
+        QByteArray head;
+        while (!head.contains("\r\n\r\n") && client->waitForReadyRead(5000))
+            head += client->readAll();
+        client->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        client->waitForBytesWritten(1000);
+        client->close();
+        post.join();
+        QVERIFY2(head.contains("\r\nlastCached:\r\n"), head.constData());
     }
 
     void theStatusCodeDecidesNothing_data() {
