@@ -2,7 +2,8 @@
 // /Administrator.asp, adds a group and a person in it, who then signs in on the board; the
 // client's link to one person opens that person; the status history lists a change made by
 // the client and one made on the web with who made them; each section and a phone are
-// photographed; carol, no administrator, gets no administration.
+// photographed; the new person is changed and disabled; carol, no administrator, gets no
+// administration.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
 import { launch, screenshot } from './support/browser.mjs';
@@ -131,6 +132,23 @@ test('an administrator keeps the organisation on the page; others get none', asy
     await ann.waitForLoadState('networkidle');
     await screenshot(ann, shot);
   }
+
+  // Zoe's details and rights changed, then her account disabled: she stays listed, signed out.
+  await section(ann, 'People');
+  await ann.click('#people-list td.name:text-is("Quay, Zoe")');
+  await ann.fill('#person-form input[name=ext]', '298');
+  await ann.click('#person-form button[type=submit]');
+  await notice(ann, 'Saved.');
+  await ann.check('#rights-form input[name=othersStatus]');
+  await ann.click('#rights-form button[type=submit]');
+  await notice(ann, 'Rights saved.');
+  ann.once('dialog', (dialog) => dialog.accept());
+  await ann.click('#person-disable');
+  await notice(ann, 'Zoe Quay was disabled.');
+  assert.deepEqual((await ann.locator('#people-list tr[data-contact]', { hasText: 'Quay, Zoe' })
+    .locator('td').allTextContents()).slice(1), ['zoe', '298', 'Warehouse', 'Out',
+    "disabled, changes others' status"]);
+  assert.equal(await zoe.evaluate(async () => (await fetch('/api/me')).status), 401);
 
   // On a phone the page fits the screen's width.
   const phone = await browser.newContext({
