@@ -7,10 +7,10 @@
 #include "catalogue/ServerSettings.h"
 #include "store/SessionStore.h"
 #include "web/AdminApi.h"
-#include "web/AdminPages.h"
 #include "web/Pictures.h"
 #include "web/ResetPage.h"
 #include "web/WebBoard.h"
+#include "webapp/StaticFiles.h"
 #include "webapp/WebAppRoutes.h"
 #include "webapp/WebReplies.h"
 #include <QHash>
@@ -84,11 +84,10 @@ QHash<QString, QString> postedFields(const HttpRequest& req) {
     return fields;
 }
 
-// The administration's JSON answers, never kept by browsers or proxies.
-HttpReply jsonReply(const AdminApi::Reply& reply) {
-    HttpReply out{reply.status, "application/json", reply.body.toJson(QJsonDocument::Compact), {}};
-    out.with("Cache-Control", "no-store").with("X-Content-Type-Options", "nosniff");
-    return out;
+// The JSON routes' folders, where errors are answered as JSON too.
+bool isJsonPath(const QString& path) {
+    return path.startsWith(QStringLiteral("/api/")) ||
+           path.startsWith(QStringLiteral("/admin/api/"));
 }
 
 } // namespace
@@ -147,15 +146,16 @@ void GatewayServer::Impl::addRoutes() {
             reply.with("Set-Cookie", sessionCookie(SessionStore::Open(db, page.signedInUser)));
         return reply;
     });
+    // The administration's page, whose script reads the person to open (?p=) from the
+    // address; the sign-in form without a session.
     add("GET POST", "/Administrator.asp", [this](const HttpRequest& req) {
         const Caller caller = CallerOf(db, SessionStore::TokenIn(cookieOf(req)), req.peer);
-        return pageReply(AdminPages::Administrator(db, caller.userSys, fieldsOf(req)));
+        if (!caller.signedIn())
+            return pageReply(WebBoard::SignInForm(401, QStringLiteral("Please sign in.")));
+        if (!AdminApi::IsAdministrator(db, caller.userSys))
+            return StaticFiles::Reply(403, QStringLiteral("admin-refused.html"));
+        return StaticFiles::Reply(200, QStringLiteral("admin.html"));
     });
-    for (const AdminApi::Route& route : AdminApi::Routes())
-        add(route.method, route.path, [this, &route](const HttpRequest& req) {
-            const Caller caller = CallerOf(db, SessionStore::TokenIn(cookieOf(req)), req.peer);
-            return jsonReply(AdminApi::Run(db, route, caller, fieldsOf(req)));
-        });
     add("GET POST", "/logout.asp", [this](const HttpRequest& req) {
         const QString token = SessionStore::TokenIn(cookieOf(req));
         if (!token.isEmpty())
@@ -184,7 +184,7 @@ HttpReply GatewayServer::Impl::handle(HttpRequest req) {
                 return {200, "image/png", png, {}};
         }
         const auto methods = allowed.constFind(req.path);
-        if (req.path.startsWith(QStringLiteral("/api/")))
+        if (isJsonPath(req.path))
             return methods == allowed.constEnd()
                        ? WebReplies::Error(404, QStringLiteral("No such route."))
                        : WebReplies::Error(405, QStringLiteral("Not with this method."))
@@ -199,7 +199,7 @@ HttpReply GatewayServer::Impl::handle(HttpRequest req) {
         LogLine(QStringLiteral("failed for %1: %2 %3: %4")
                     .arg(req.peer, QString::fromLatin1(req.method), req.path,
                          QString::fromLocal8Bit(e.what())));
-        if (req.path.startsWith(QStringLiteral("/api/")))
+        if (isJsonPath(req.path))
             return WebReplies::Error(500, QStringLiteral("Server error."));
         return htmlReply(500, QStringLiteral("<html><body><h1>Server error</h1></body></html>"));
     }

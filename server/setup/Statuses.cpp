@@ -99,6 +99,10 @@ void edit(Database& db, qint64 organizationSys, qint64 statusSys, const StatusIn
     });
 }
 
+bool isLegend(qint64 statusSys) {
+    return statusSys == kIn || statusSys == kUnavailable || statusSys == kOut;
+}
+
 QJsonArray list(Database& db, qint64 organizationSys) {
     QSqlQuery q = db.exec(QStringLiteral("SELECT s.statussys, s.statustext, k.colorcode, "
                                          "s.sortorder, s.organizationsys IS NULL FROM status s "
@@ -112,7 +116,8 @@ QJsonArray list(Database& db, qint64 organizationSys) {
                                {QStringLiteral("text"), q.value(1).toString()},
                                {QStringLiteral("colour"), QLatin1Char('#') + q.value(2).toString()},
                                {QStringLiteral("order"), q.value(3).toInt()},
-                               {QStringLiteral("shared"), q.value(4).toBool()}});
+                               {QStringLiteral("shared"), q.value(4).toBool()},
+                               {QStringLiteral("legend"), isLegend(q.value(0).toLongLong())}});
     return out;
 }
 

@@ -26,7 +26,9 @@ void ensureLegend(Database& db);
 qint64 add(Database& db, qint64 organizationSys, const StatusInput& input);
 // Changes one of the organisation's own statuses (the legend stays as it is).
 void edit(Database& db, qint64 organizationSys, qint64 statusSys, const StatusInput& input);
-// The statuses the organisation sees, in order: key, text, colour, order, shared.
+// Whether the status is one of the legend's (In, Unavailable, Out), which every board explains.
+bool isLegend(qint64 statusSys);
+// The statuses the organisation sees, in order: key, text, colour, order, shared, legend.
 QJsonArray list(Database& db, qint64 organizationSys);
 
 } // namespace Statuses

@@ -11,10 +11,14 @@ struct Caller;
 
 // The web administration's JSON routes under /admin/api/, for administrators of an
 // organisation: people, groups, locations, statuses, chat, the client release, the outbox,
-// error reports and the status history. Every request checks the caller's rights on the
-// server: no session answers 401, anyone but an administrator 403. Bad input answers 400 with
-// {"error": reason} and changes nothing.
+// error reports and the status history. The web routes put them behind the administrator's
+// guard, which checks the caller's rights on every request (no session 401, anyone but an
+// administrator 403) and takes JSON bodies only. Bad input answers 400 with {"error": reason}
+// and changes nothing.
 namespace AdminApi {
+
+// Whether the user holds the administrator right (10000000).
+bool IsAdministrator(Database& db, qint64 userSys);
 
 struct Reply {
     int status = 200;
@@ -32,7 +36,7 @@ struct Route {
 // Every route, for the gateway to register.
 const QList<Route>& Routes();
 
-// Runs a route's handler for the caller, once their rights are checked.
+// Runs a route's handler for an administrator whose rights were checked; bad input answers 400.
 Reply Run(Database& db, const Route& route, const Caller& caller, const Fields& fields);
 
 } // namespace AdminApi

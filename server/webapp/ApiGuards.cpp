@@ -3,7 +3,7 @@
 #include "WebReplies.h"
 #include "catalogue/CallerLookup.h"
 #include "store/SessionStore.h"
-#include "web/AdminPages.h"
+#include "web/AdminApi.h"
 #include <QJsonDocument>
 #include <optional>
 
@@ -35,7 +35,7 @@ std::optional<HttpReply> refusal(Database& db, Need need, ApiCall& call) {
         return std::nullopt;
     if (!call.caller.signedIn())
         return WebReplies::Error(401, QStringLiteral("Please sign in."));
-    call.administrator = AdminPages::IsAdministrator(db, call.caller.userSys);
+    call.administrator = AdminApi::IsAdministrator(db, call.caller.userSys);
     if (need == Need::Administrator && !call.administrator)
         return WebReplies::Error(403, QStringLiteral("You do not have administrator rights."));
     return std::nullopt;

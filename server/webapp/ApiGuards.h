@@ -6,7 +6,7 @@
 
 class Database;
 
-// Routes under /api/ with their checks made before the handler runs: a POST must say
+// JSON routes (under /api/ and /admin/api/) with their checks made before the handler runs: a POST must say
 // Content-Type: application/json and carry a JSON object (415 and 400 otherwise), so that no
 // other site's form can post here; the caller comes from the session cookie.
 namespace ApiGuards {

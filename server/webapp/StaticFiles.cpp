@@ -1,5 +1,6 @@
 // The web pages' files, compiled in as resources under :/web/static: each is answered at
 // /static/<name>, and the board's page also at /board (the wall mode is the same page).
+#include "StaticFiles.h"
 #include "WebAppRoutes.h"
 #include "WebReplies.h"
 #include <QDir>
@@ -36,16 +37,27 @@ WebRoute fileRoute(const QString& path, const QString& resource) {
     return {"GET", path, [body, type](const HttpRequest&) { return WebReplies::File(type, body); }};
 }
 
+const QString kFolder = QStringLiteral(":/web/static/");
+
 } // namespace
+
+namespace StaticFiles {
+
+HttpReply Reply(int status, const QString& name) {
+    HttpReply reply = WebReplies::File(contentTypeOf(name), contentOf(kFolder + name));
+    reply.status = status;
+    return reply;
+}
+
+} // namespace StaticFiles
 
 namespace WebApp {
 
 WebRoutes PageRoutes(Database&) {
-    const QString folder = QStringLiteral(":/web/static/");
     WebRoutes routes;
-    for (const QString& name : QDir(folder).entryList(QDir::Files))
-        routes.push_back(fileRoute(QStringLiteral("/static/") + name, folder + name));
-    routes.push_back(fileRoute(QStringLiteral("/board"), folder + QStringLiteral("board.html")));
+    for (const QString& name : QDir(kFolder).entryList(QDir::Files))
+        routes.push_back(fileRoute(QStringLiteral("/static/") + name, kFolder + name));
+    routes.push_back(fileRoute(QStringLiteral("/board"), kFolder + QStringLiteral("board.html")));
     return routes;
 }
 

@@ -15,10 +15,12 @@ HttpReply& Secured(HttpReply& reply) {
 }
 
 HttpReply Json(int status, const QJsonObject& body) {
-    HttpReply reply{status,
-                    "application/json; charset=utf-8",
-                    QJsonDocument(body).toJson(QJsonDocument::Compact),
-                    {}};
+    return JsonDocument(status, QJsonDocument(body));
+}
+
+HttpReply JsonDocument(int status, const QJsonDocument& body) {
+    HttpReply reply{
+        status, "application/json; charset=utf-8", body.toJson(QJsonDocument::Compact), {}};
     return Secured(reply);
 }
 

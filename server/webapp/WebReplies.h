@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gateway/HttpReply.h"
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
 
@@ -11,6 +12,7 @@ namespace WebReplies {
 
 HttpReply& Secured(HttpReply& reply);
 HttpReply Json(int status, const QJsonObject& body);
+HttpReply JsonDocument(int status, const QJsonDocument& body); // an object or an array
 // {"error": reason}
 HttpReply Error(int status, const QString& reason);
 HttpReply File(const QByteArray& contentType, const QByteArray& body);

@@ -10,8 +10,9 @@
 #include <QtTest>
 
 // The web administration's JSON routes: an administrator adds a group and a person in it, who
-// then signs in; bad input is answered 400 and changes nothing; a person without the right is
-// refused 403 and changes nothing either, a visitor without a session 401.
+// then signs in; bad input is answered 400 and changes nothing; a form instead of JSON 415; a
+// person without the right is refused 403 and changes nothing either, a visitor without a
+// session 401.
 class TestAdminApi : public QObject {
     Q_OBJECT
     std::unique_ptr<TavloServerProcess> server;
@@ -27,16 +28,24 @@ class TestAdminApi : public QObject {
         Visitor() { manager.setCookieJar(new QNetworkCookieJar(&manager)); }
     };
 
-    QNetworkReply* send(Visitor& visitor, const QString& path, const QByteArray& form) {
+    QNetworkReply* send(Visitor& visitor, const QString& path, const QByteArray& body,
+                        const QByteArray& type) {
         QNetworkRequest request(QUrl(server->baseUrl() + path));
-        if (form.isNull())
+        if (body.isNull())
             return visitor.manager.get(request);
-        request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded");
-        return visitor.manager.post(request, form);
+        request.setHeader(QNetworkRequest::ContentTypeHeader, type);
+        return visitor.manager.post(request, body);
     }
 
-    Answer fetch(Visitor& visitor, const QString& path, const QByteArray& form = QByteArray()) {
-        QNetworkReply* reply = send(visitor, path, form);
+    Answer fetch(Visitor& visitor, const QString& path) {
+        return answer(send(visitor, path, QByteArray(), QByteArray()));
+    }
+
+    Answer post(Visitor& visitor, const QString& path, const QJsonObject& body) {
+        return answer(send(visitor, path, QJsonDocument(body).toJson(), "application/json"));
+    }
+
+    Answer answer(QNetworkReply* reply) {
         QEventLoop loop;
         QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
         loop.exec();
@@ -49,7 +58,8 @@ class TestAdminApi : public QObject {
 
     void signIn(Visitor& visitor, const QByteArray& name) {
         QNetworkReply* reply =
-            send(visitor, "/logincheck.asp", "UserName=" + name + "&Password=demo");
+            send(visitor, "/logincheck.asp", "UserName=" + name + "&Password=demo",
+                 "application/x-www-form-urlencoded");
         QEventLoop loop;
         QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
         loop.exec();
@@ -73,12 +83,17 @@ private slots:
     void anAdministratorAddsAGroupAndAPersonOthersAreRefused() {
         Visitor ann;
         signIn(ann, "ann");
-        const Answer group = fetch(ann, "/admin/api/group/add", "name=Night+Shift");
+        const Answer group = post(ann, "/admin/api/group/add", {{"name", "Night Shift"}});
         QCOMPARE(group.status, 200);
-        const Answer added =
-            fetch(ann, "/admin/api/person/add",
-                  "first=Zoe&last=Quay&user=zoe&email=zoe%40demo.example&group=night+shift&"
-                  "location=Warehouse&ext=299");
+        const Answer added = post(ann, "/admin/api/person/add",
+                                  {{"first", "Zoe"},
+                                   {"last", "Quay"},
+                                   {"user", "zoe"},
+                                   {"email", "zoe@demo.example"},
+                                   {"group", "night shift"},
+                                   {"location", "Warehouse"},
+                                   {"ext", 299},
+                                   {"admin", false}});
         QCOMPARE(added.status, 200);
         const QString contact = QString::number(added.json[QStringLiteral("contact")].toInteger());
         const Answer zoe = fetch(ann, "/admin/api/person?contact=" + contact);
@@ -90,17 +105,24 @@ private slots:
         QVERIFY(ServerClient(server->baseUrl())
                     .signIn("zoe", added.json[QStringLiteral("password")].toString()));
 
-        const Answer taken = fetch(ann, "/admin/api/person/add",
-                                   "first=Al&last=Ex&user=ZOE&email=al%40demo.example");
+        const Answer taken =
+            post(ann, "/admin/api/person/add",
+                 {{"first", "Al"}, {"last", "Ex"}, {"user", "ZOE"}, {"email", "al@demo.example"}});
         QCOMPARE(taken.status, 400);
         QCOMPARE(taken.json[QStringLiteral("error")].toString(),
                  QStringLiteral("user name 'ZOE' is taken"));
-        QCOMPARE(fetch(ann, "/admin/api/person/disable", "contact=1001").status, 400); // herself
+        QCOMPARE(post(ann, "/admin/api/person/disable", {{"contact", 1001}}).status,
+                 400); // herself
+        QCOMPARE(post(ann, "/admin/api/group/add", {{"name", QJsonArray{"A"}}}).status, 400);
+        // A form, which another site could post, is not taken.
+        const Answer form = answer(
+            send(ann, "/admin/api/group/add", "name=Form", "application/x-www-form-urlencoded"));
+        QCOMPARE(form.status, 415);
 
         Visitor carol;
         signIn(carol, "carol");
         QCOMPARE(fetch(carol, "/admin/api/people").status, 403);
-        const Answer refused = fetch(carol, "/admin/api/group/add", "name=Carol%27s");
+        const Answer refused = post(carol, "/admin/api/group/add", {{"name", "Carol's"}});
         QCOMPARE(refused.status, 403);
         QCOMPARE(refused.json[QStringLiteral("error")].toString(),
                  QStringLiteral("You do not have administrator rights."));

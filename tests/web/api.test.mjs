@@ -1,4 +1,5 @@
-// The JSON routes' rules, one row a case: who may call what, and what a body must hold.
+// The JSON routes' rules (/api/ and /admin/api/), one row a case: who may call what, and what a
+// body must hold.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
 import { TavloServer } from './support/server.mjs';
@@ -63,6 +64,19 @@ test('who may call what, and what a body must hold', async () => {
     ['GET', '/api/wall', null, undefined, 401],
     ['GET', '/api/nowhere', 'ann', undefined, 404],
     ['DELETE', '/api/me', 'ann', undefined, 405],
+    // The administration's routes: the same guard, and their own organisation only.
+    ['GET', '/admin/api/people', null, undefined, 401],
+    ['GET', '/admin/api/people', 'carol', undefined, 403],
+    ['POST', '/admin/api/chat', 'bob', { on: false }, 403],
+    ['POST', '/admin/api/group/add', 'ann', '[1]', 400],
+    ['POST', '/admin/api/group/add', 'ann', { name: ['Night'] }, 400],
+    ['POST', '/admin/api/chat', 'ann', { on: 'maybe' }, 400],
+    ['POST', '/admin/api/person/rights', 'ann', { contact: 1001, admin: false }, 400], // her own
+    ['POST', '/admin/api/status/edit', 'ann', { status: 3, text: 'Here', colour: '#00FF00', order: 1 }, 400],
+    ['GET', '/admin/api/person?contact=1041', 'ann', undefined, 404],
+    ['GET', '/admin/api/person?contact=1002', 'ann', undefined, 200],
+    ['GET', '/admin/api/nowhere', 'ann', undefined, 404],
+    ['DELETE', '/admin/api/people', 'ann', undefined, 405],
   ];
   for (const [method, path, user, body, expected] of cases) {
     const answer = await call(method, path, user, body);
@@ -72,6 +86,12 @@ test('who may call what, and what a body must hold', async () => {
   const form = await call('POST', '/api/status', 'carol', 'contact=1003&status=8',
     'application/x-www-form-urlencoded');
   assert.equal(form.status, 415);
+  const adminForm = await call('POST', '/admin/api/chat', 'ann', 'on=no',
+    'application/x-www-form-urlencoded');
+  assert.equal(adminForm.status, 415);
+  const chat = await call('GET', '/admin/api/chat', 'ann');
+  assert.equal(chat.headers.get('x-frame-options'), 'DENY');
+  assert.match(chat.headers.get('content-security-policy'), /default-src 'none'/);
 });
 
 test('a status change by someone with the right is kept with who made it', async () => {

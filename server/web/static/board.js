@@ -60,6 +60,7 @@ function enterBoard(me) {
   show('sign-in', false);
   show('top', true);
   show('board', true);
+  show('admin-link', me.administrator);
   if (me.administrator) startWallTokens();
   refresh();
   clearInterval(state.timer);
