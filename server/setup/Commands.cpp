@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "OptionAdder.h"
 
 #include "BadInput.h"
 #include "DirectoryCommands.h"
@@ -34,11 +35,7 @@ void addOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription(QStringLiteral("The Tavlo server."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("command"), QString::fromLatin1(kUsage));
-    const auto add = [&](const char* name, const char* description, const char* valueName,
-                         const char* fallback) {
-        parser.addOption({QLatin1String(name), QLatin1String(description), QLatin1String(valueName),
-                          QLatin1String(fallback)});
-    };
+    const OptionAdder add(parser);
     add("db", "sqlite:PATH or postgresql://user@host:port/db", "url", "");
     add("listen", "HOST:PORT to serve on (port 0: any free one)", "address", "127.0.0.1:8080");
     add("smtp", "deliver the outbox through smtp://host:port", "url", "");

@@ -1,4 +1,5 @@
 #include "DirectoryCommands.h"
+#include "OptionAdder.h"
 
 #include "BadInput.h"
 #include "Groups.h"
@@ -205,10 +206,7 @@ int Run(const QStringList& args, const QCommandLineParser& parser, const QString
 }
 
 void AddOptions(QCommandLineParser& parser) {
-    const auto add = [&](const char* name, const char* description, const char* valueName) {
-        parser.addOption(
-            {QLatin1String(name), QLatin1String(description), QLatin1String(valueName)});
-    };
+    const OptionAdder add(parser);
     add("org", "the organisation, by name or number", "org");
     add("first", "person add: first name", "name");
     add("last", "person add: last name", "name");

@@ -18,6 +18,15 @@ bool matches(const QString& text, const char* pattern) {
     return QRegularExpression(QLatin1String(pattern)).match(text).hasMatch();
 }
 
+// The text, trimmed, when it matches the pattern; otherwise the complaint, with the text in
+// place of %1.
+QString matching(const QString& text, const char* pattern, const char* complaint) {
+    const QString value = text.trimmed();
+    if (!matches(value, pattern))
+        throw BadInput(QString::fromUtf8(complaint).arg(value));
+    return value;
+}
+
 } // namespace
 
 QString name(const QString& text, const QString& field, int longest) {
@@ -32,37 +41,26 @@ QString name(const QString& text, const QString& field, int longest) {
 }
 
 QString userName(const QString& text) {
-    const QString value = text.trimmed();
-    if (!matches(value, "^[A-Za-z0-9._-]{1,50}$"))
-        throw BadInput(QStringLiteral("user name '%1' isn't 1 to 50 letters, digits, '.', '_' "
-                                      "or '-'")
-                           .arg(value));
-    return value;
+    return matching(text, "^[A-Za-z0-9._-]{1,50}$",
+                    "user name '%1' isn't 1 to 50 letters, digits, '.', '_' or '-'");
 }
 
 QString emailAddress(const QString& text) {
-    const QString value = text.trimmed();
-    if (value.size() > 254 || !matches(value, "^[^@\\s,;<>\"]+@[^@\\s,;<>\"]+\\.[^@\\s,;<>\"]+$"))
-        throw BadInput(QStringLiteral("e-mail address '%1' isn't one address, as in "
-                                      "ann@example.org")
-                           .arg(value));
-    return value;
+    if (text.trimmed().size() > 254)
+        throw BadInput(QStringLiteral("e-mail address '%1' is too long").arg(text.trimmed()));
+    return matching(text, "^[^@\\s,;<>\"]+@[^@\\s,;<>\"]+\\.[^@\\s,;<>\"]+$",
+                    "e-mail address '%1' isn't one address, as in ann@example.org");
 }
 
 QString extension(const QString& text) {
-    const QString value = text.trimmed();
-    if (!matches(value, "^[A-Za-z0-9 +#*-]{0,20}$"))
-        throw BadInput(QStringLiteral("extension '%1' isn't up to 20 digits, letters, blanks "
-                                      "or + # * -")
-                           .arg(value));
-    return value;
+    return matching(text, "^[A-Za-z0-9 +#*-]{0,20}$",
+                    "extension '%1' isn't up to 20 digits, letters, blanks or + # * -");
 }
 
 QString colour(const QString& text) {
-    const QString value = text.trimmed();
-    if (!matches(value, "^#[0-9A-Fa-f]{6}$"))
-        throw BadInput(QStringLiteral("colour '%1' isn't #RRGGBB, as in #00C000").arg(value));
-    return value.mid(1).toUpper();
+    return matching(text, "^#[0-9A-Fa-f]{6}$", "colour '%1' isn't #RRGGBB, as in #00C000")
+        .mid(1)
+        .toUpper();
 }
 
 int number(const QString& text, const QString& field, int least, int most) {

@@ -1,4 +1,5 @@
 #include "ServeCommand.h"
+#include "OptionAdder.h"
 
 #include "catalogue/LogText.h"
 #include "catalogue/Recovery.h"
@@ -184,11 +185,7 @@ int Serve(const QCommandLineParser& parser, Database& db) {
 }
 
 void AddServeOptions(QCommandLineParser& parser) {
-    const auto add = [&](const char* name, const char* description, const char* valueName,
-                         const char* fallback) {
-        parser.addOption({QLatin1String(name), QLatin1String(description), QLatin1String(valueName),
-                          QLatin1String(fallback)});
-    };
+    const OptionAdder add(parser);
     add("cache-mb", "serve: the answer cache's budget in MB", "mb", "64");
     add("max-connections-per-address", "serve: open connections one address may hold", "n", "4096");
     add("workers", "serve: requests answered at once", "n", "16");

@@ -1,4 +1,5 @@
 #include "StoreCommands.h"
+#include "OptionAdder.h"
 
 #include "BadInput.h"
 #include "InputRules.h"
@@ -96,10 +97,7 @@ int Run(const QString& command, const QCommandLineParser& parser, const QString&
 }
 
 void AddOptions(QCommandLineParser& parser) {
-    const auto add = [&](const char* name, const char* description, const char* valueName) {
-        parser.addOption(
-            {QLatin1String(name), QLatin1String(description), QLatin1String(valueName)});
-    };
+    const OptionAdder add(parser);
     add("version", "release: the client version, MAJOR.MINOR.REVISION", "x.y.z");
     add("ftp-site", "release: the FTP server, HOST or HOST:PORT", "host");
     add("ftp-dir", "release: the folder on the FTP server", "dir");
