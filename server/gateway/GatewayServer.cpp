@@ -5,6 +5,7 @@
 #include "catalogue/CallerLookup.h"
 #include "catalogue/LogText.h"
 #include "catalogue/ServerSettings.h"
+#include "store/Database.h"
 #include "store/SessionStore.h"
 #include "web/AdminApi.h"
 #include "web/Pictures.h"
@@ -96,7 +97,18 @@ struct GatewayServer::Impl {
     Impl(Database& database, GatewayOptions options)
         : db(database), endpoint(database, options.cacheBytes),
           trustedProxies(std::move(options.trustedProxies)),
-          front([this](const HttpRequest& req) { return handle(req); }, options.limits) {}
+          front([this](const HttpRequest& req) { return handle(req); }, options.limits,
+                [this] { openConnection(); }) {}
+
+    // Each worker opens its database connection at start, not with its first request: a
+    // server short of file handles later still answers from the connections it has.
+    void openConnection() {
+        try {
+            db.connection();
+        } catch (const std::exception&) {
+            // the first request tries again
+        }
+    }
 
     HttpReply handle(HttpRequest req);
     void addRoutes();

@@ -30,10 +30,10 @@ const char kTooManyConnections[] =
 } // namespace
 
 struct HttpFront::Impl {
-    Impl(Handler handler, HttpLimits limits)
+    Impl(Handler handler, HttpLimits limits, std::function<void()> onWorkerStart)
         : counts(limits.connectionsPerAddress), state{std::move(handler), limits, queue, counts},
           ioc(limits.ioThreads), acceptor(ioc), pause(ioc), stopSignals(ioc, SIGINT, SIGTERM),
-          queue(limits.workers, limits.queue) {}
+          queue(limits.workers, limits.queue, std::move(onWorkerStart)) {}
 
     void accept();
     void onAccept(boost::system::error_code ec, tcp::socket socket);
@@ -90,8 +90,8 @@ void HttpFront::Impl::onAccept(boost::system::error_code ec, tcp::socket socket)
     accept();
 }
 
-HttpFront::HttpFront(Handler handler, HttpLimits limits)
-    : d(std::make_unique<Impl>(std::move(handler), limits)) {}
+HttpFront::HttpFront(Handler handler, HttpLimits limits, std::function<void()> onWorkerStart)
+    : d(std::make_unique<Impl>(std::move(handler), limits, std::move(onWorkerStart))) {}
 
 HttpFront::~HttpFront() {
     Stop();

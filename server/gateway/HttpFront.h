@@ -15,7 +15,9 @@ class HttpFront {
 public:
     using Handler = std::function<HttpReply(const HttpRequest&)>;
 
-    explicit HttpFront(Handler handler, HttpLimits limits = {});
+    // onWorkerStart runs first on each worker thread.
+    explicit HttpFront(Handler handler, HttpLimits limits = {},
+                       std::function<void()> onWorkerStart = {});
     ~HttpFront();
     HttpFront(const HttpFront&) = delete;
     HttpFront& operator=(const HttpFront&) = delete;

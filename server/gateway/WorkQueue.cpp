@@ -1,9 +1,10 @@
 #include "WorkQueue.h"
 
-WorkQueue::WorkQueue(int workers, std::size_t capacity) : m_capacity(capacity) {
+WorkQueue::WorkQueue(int workers, std::size_t capacity, std::function<void()> onStart)
+    : m_capacity(capacity) {
     m_threads.reserve(std::size_t(workers));
     for (int i = 0; i < workers; ++i)
-        m_threads.emplace_back([this] { work(); });
+        m_threads.emplace_back([this, onStart] { work(onStart); });
 }
 
 WorkQueue::~WorkQueue() {
@@ -32,7 +33,9 @@ std::size_t WorkQueue::Waiting() const {
     return m_jobs.size();
 }
 
-void WorkQueue::work() {
+void WorkQueue::work(const std::function<void()>& onStart) {
+    if (onStart)
+        onStart();
     for (;;) {
         std::function<void()> job;
         {

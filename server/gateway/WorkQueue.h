@@ -13,7 +13,8 @@
 // that would be answered too late to matter.
 class WorkQueue {
 public:
-    WorkQueue(int workers, std::size_t capacity);
+    // onStart runs first on each worker thread (to open what every job there will need).
+    WorkQueue(int workers, std::size_t capacity, std::function<void()> onStart = {});
     ~WorkQueue(); // runs what is queued, then joins the workers
     WorkQueue(const WorkQueue&) = delete;
     WorkQueue& operator=(const WorkQueue&) = delete;
@@ -23,7 +24,7 @@ public:
     std::size_t Waiting() const;
 
 private:
-    void work();
+    void work(const std::function<void()>& onStart);
 
     mutable std::mutex m_mutex;
     std::condition_variable m_ready;

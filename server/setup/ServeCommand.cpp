@@ -14,6 +14,7 @@
 #include <QRegularExpression>
 #include <QTextStream>
 #include <QThread>
+#include <functional>
 #include <malloc.h>
 #include <optional>
 #include <sys/resource.h>
@@ -103,6 +104,26 @@ std::optional<ServeOptions> serveOptions(const QCommandLineParser& parser) {
     return options;
 }
 
+// Runs a job of its own thread now and then (every `tenths` tenths of a second) on a database
+// connection of its own, until running ends. Nothing it meets ends the server: a database
+// that can't be opened (no file handles, a restart) or a failed job is tried again next time.
+void repeat(const QString& url, const std::atomic<bool>& running, int tenths,
+            const std::function<void(Database&)>& job) {
+    std::unique_ptr<Database> own;
+    while (running) {
+        try {
+            if (!own)
+                own = std::make_unique<Database>(url);
+            job(*own);
+        } catch (const std::exception& e) {
+            LogLine(QStringLiteral("background work failed, tried again later: ") +
+                    QString::fromLocal8Bit(e.what()));
+        }
+        for (int i = 0; i < tenths && running; ++i)
+            QThread::msleep(100);
+    }
+}
+
 int serve(Database& db, const ServeOptions& options) {
     const QString& listen = options.listen;
     const QString& smtp = options.smtp;
@@ -152,21 +173,12 @@ int serve(Database& db, const ServeOptions& options) {
     std::thread mailer;
     if (!smtp.isEmpty())
         mailer = std::thread([&] {
-            Database mailDb(db.url());
-            while (running) {
+            repeat(db.url(), running, 50, [&](Database& mailDb) {
                 Outbox::DeliverWaiting(mailDb, smtp, settings.mailFrom);
-                for (int i = 0; i < 50 && running; ++i)
-                    QThread::msleep(100);
-            }
+            });
         });
-    std::thread sweeper([&] {
-        Database sweepDb(db.url());
-        while (running) {
-            sweep(sweepDb);
-            for (int i = 0; i < 24 * 36000 && running; ++i) // a day, in tenths of a second
-                QThread::msleep(100);
-        }
-    });
+    std::thread sweeper(
+        [&] { repeat(db.url(), running, 24 * 36000, [](Database& sweepDb) { sweep(sweepDb); }); });
     server.Run();
     running = false;
     if (mailer.joinable())

@@ -194,8 +194,9 @@ private slots:
         QCOMPARE(again.status(5000), 200);
     }
 
-    // Out of file handles: nothing is answered while they are short, and answers come again
-    // by themselves once they are free.
+    // Out of file handles: nothing is answered while they are short, nothing ends the server
+    // (the background work can't open its database meanwhile either), and answers come again
+    // by themselves once handles are free.
     void runningOutOfFileHandlesHeals() {
         const qint64 pid = server->pid();
         setFileLimit(pid, rlim_t(openFiles(pid) + 8));
