@@ -58,7 +58,7 @@ void requireSendable(Database& db, const Args& a) {
     if (!a.caller().signedIn()) {
         // Without a session only the recovery mail goes, and only to the address that the
         // recovery question matched.
-        if (a.text(1) != kRecoverySubject || !Recovery::HasLink(to))
+        if (a.text(1) != kRecoverySubject || !Recovery::HasLink(db, to))
             throw Refusal(QStringLiteral("tl_SendEmail needs a signed-in session"));
         return;
     }
@@ -81,14 +81,14 @@ QVariant replyTo(const Args& a) {
 Answer sendEmail(Database& db, const Args& a) {
     requireSendable(db, a);
     const QString to = a.text(0).trimmed();
-    QString body = a.text(2);
-    if (a.text(1) == kRecoverySubject) {
-        if (const auto link = Recovery::TakeLink(to))
-            body += QStringLiteral("\r\n\r\nTo choose a new password, open this link within the "
-                                   "hour (it works once):\r\n") +
-                    *link + QStringLiteral("\r\n");
-    }
     db.write([&] {
+        QString body = a.text(2);
+        if (a.text(1) == kRecoverySubject) {
+            if (const auto link = Recovery::TakeLink(db, to))
+                body += QStringLiteral("\r\n\r\nTo choose a new password, open this link "
+                                       "within the hour (it works once):\r\n") +
+                        *link + QStringLiteral("\r\n");
+        }
         const qint64 key = db.nextKey(QStringLiteral("outbox"), QStringLiteral("mailsys"));
         db.exec(QStringLiteral("INSERT INTO outbox (mailsys, queuedat, mailto, subject, body, "
                                "mailfrom, replyto, extra) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),

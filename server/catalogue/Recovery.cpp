@@ -5,7 +5,6 @@
 #include "store/SessionStore.h"
 #include <QCryptographicHash>
 #include <QDateTime>
-#include <QHash>
 #include <QMutex>
 #include <sodium.h>
 
@@ -20,13 +19,8 @@ QString& baseUrl() {
     static QString url = QStringLiteral("http://127.0.0.1:8080");
     return url;
 }
-struct Pending {
-    QString link;
-    QDateTime expires;
-};
-QHash<QString, Pending>& pending() {
-    static QHash<QString, Pending> links;
-    return links;
+QString addressKey(const QString& emailAddress) {
+    return emailAddress.trimmed().toLower();
 }
 
 QString hashOf(const QString& token) {
@@ -63,30 +57,37 @@ QString NewLink(Database& db, qint64 userSys, const QString& baseUrl, int validS
     return baseUrl + QStringLiteral("/reset?token=") + token;
 }
 
+// The link waits in the store, so that whichever server takes the recovery mail adds it.
 void Issue(Database& db, qint64 userSys, const QString& emailAddress) {
-    const QDateTime expires = QDateTime::currentDateTime().addSecs(3600);
     const QString base = PublicBaseUrl();
-    const QString link = db.write([&] { return NewLink(db, userSys, base, 3600); });
-    QMutexLocker guard(&lock());
-    pending().insert(emailAddress.trimmed().toLower(), {link, expires});
+    db.write([&] {
+        const QString link = NewLink(db, userSys, base, 3600);
+        db.exec(QStringLiteral("DELETE FROM pendinglink WHERE address = ?"),
+                {addressKey(emailAddress)});
+        db.exec(
+            QStringLiteral("INSERT INTO pendinglink (address, link, expires) VALUES (?, ?, ?)"),
+            {addressKey(emailAddress), link, stamp(QDateTime::currentDateTime().addSecs(3600))});
+    });
 }
 
-std::optional<QString> TakeLink(const QString& emailAddress) {
-    QMutexLocker guard(&lock());
-    const auto found = pending().find(emailAddress.trimmed().toLower());
-    if (found == pending().end())
+std::optional<QString> TakeLink(Database& db, const QString& emailAddress) {
+    QSqlQuery q = db.exec(QStringLiteral("SELECT link, expires FROM pendinglink WHERE address = ?"),
+                          {addressKey(emailAddress)});
+    if (!q.next())
         return std::nullopt;
-    const Pending entry = found.value();
-    pending().erase(found);
-    if (entry.expires < QDateTime::currentDateTime())
-        return std::nullopt;
-    return entry.link;
+    const QString link = q.value(0).toString();
+    const bool live = q.value(1).toString() >= stamp(QDateTime::currentDateTime());
+    q.finish();
+    db.exec(QStringLiteral("DELETE FROM pendinglink WHERE address = ?"),
+            {addressKey(emailAddress)});
+    return live ? std::optional(link) : std::nullopt;
 }
 
-bool HasLink(const QString& emailAddress) {
-    QMutexLocker guard(&lock());
-    const auto found = pending().constFind(emailAddress.trimmed().toLower());
-    return found != pending().cend() && found->expires >= QDateTime::currentDateTime();
+bool HasLink(Database& db, const QString& emailAddress) {
+    QSqlQuery q =
+        db.exec(QStringLiteral("SELECT 1 FROM pendinglink WHERE address = ? AND expires >= ?"),
+                {addressKey(emailAddress), stamp(QDateTime::currentDateTime())});
+    return q.next();
 }
 
 std::optional<qint64> UserOfToken(Database& db, const QString& token) {

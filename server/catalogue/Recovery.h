@@ -16,13 +16,14 @@ QString PublicBaseUrl();
 // Inside a write: a new token for the user, valid for that long, with the user's earlier ones
 // spent (one pending link per account); answers the link at baseUrl that carries it.
 QString NewLink(Database& db, qint64 userSys, const QString& baseUrl, int validSeconds);
-// Makes a token for the user, keeps only its hash in the store, and remembers the link for
-// the next recovery mail to that address.
+// Makes a token for the user, keeps only its hash among the tokens, and keeps the link for
+// the next recovery mail to that address (in the store, for any server to take).
 void Issue(Database& db, qint64 userSys, const QString& emailAddress);
-// The pending link for a recovery mail to that address (taken: at most once), if any.
-std::optional<QString> TakeLink(const QString& emailAddress);
+// Inside a write: the pending link for a recovery mail to that address (taken: at most once),
+// if any.
+std::optional<QString> TakeLink(Database& db, const QString& emailAddress);
 // Whether a recovery mail to that address has a link waiting.
-bool HasLink(const QString& emailAddress);
+bool HasLink(Database& db, const QString& emailAddress);
 
 // The user a token is good for, if it is known, unused and not expired.
 std::optional<qint64> UserOfToken(Database& db, const QString& token);

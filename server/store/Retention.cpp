@@ -27,6 +27,7 @@ Swept Sweep(Database& db) {
         swept.history =
             db.exec(QStringLiteral("DELETE FROM statushistory WHERE changedat < ?"), {daysAgo(400)})
                 .numRowsAffected();
+        db.exec(QStringLiteral("DELETE FROM pendinglink WHERE expires < ?"), {daysAgo(0)});
         swept.resetTokens =
             db.exec(QStringLiteral("DELETE FROM resettoken WHERE used = 1 OR expires < ?"),
                     {daysAgo(0)})

@@ -57,6 +57,8 @@ const Table kTables[] = {
     {"websession", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, lastseen TEXT NOT NULL"},
     {"resettoken", "tokenhash TEXT PRIMARY KEY, usersys INTEGER NOT NULL, expires TEXT NOT NULL, "
                    "used INTEGER NOT NULL DEFAULT 0"},
+    // A reset link waiting for the recovery mail to that address (an hour at most).
+    {"pendinglink", "address TEXT PRIMARY KEY, link TEXT NOT NULL, expires TEXT NOT NULL"},
     // Who changed whose status, when, from what to what (client or web), kept 400 days.
     {"statushistory",
      "historysys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, changedby INTEGER, "

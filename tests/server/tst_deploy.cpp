@@ -1,6 +1,7 @@
 #include "PgInstance.h"
 #include "ServerClient.h"
 #include "TavloServerProcess.h"
+#include "store/Database.h"
 
 #include <QtTest>
 #include <netinet/in.h>
@@ -174,6 +175,21 @@ private slots:
         QVERIFY(post(*second, poll).contains("z:row"));
         curl({"-b", jar, first->baseUrl() + "/logout.asp"}); // the jar keeps the old cookie
         QTRY_VERIFY_WITH_TIMEOUT(!post(*second, poll).contains("z:row"), 1000);
+    }
+
+    // A recovery question answered by one server, its mail taken by the other: the mail
+    // still carries the reset link.
+    void recoveryAcrossServers() {
+        ServerClient asking(first->baseUrl()), mailing(second->baseUrl());
+        QVERIFY(asking.read(QStringLiteral("tl_ForgotPassword 'erin@demo.example','Price'")));
+        QVERIFY(mailing.write(QStringLiteral(
+            "EXEC tl_SendEmail 'erin@demo.example','Tavlo Lost Password Request','Below is your "
+            "Tavlo UserName and Password:','info@demo.example','info@demo.example',''")));
+        Database db(pg->url());
+        QSqlQuery mail =
+            db.exec(QStringLiteral("SELECT body FROM outbox WHERE mailto = 'erin@demo.example'"));
+        QVERIFY(mail.next());
+        QVERIFY(mail.value(0).toString().contains(QStringLiteral("/reset?token=")));
     }
 
     // With one server gone, the proxy's answers come from the other.
