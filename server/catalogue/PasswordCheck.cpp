@@ -7,9 +7,8 @@
 
 PasswordCheck PasswordCheck::Run(Database& db, const QString& userName, const QString& password,
                                  const QString& peer) {
-    auto& throttle = SignInThrottle::instance();
     PasswordCheck check;
-    if (const qint64 wait = throttle.WaitMs(userName, peer); wait > 0) {
+    if (const qint64 wait = SignInThrottle::WaitMs(db, userName, peer); wait > 0) {
         check.outcome = Outcome::Wait;
         check.waitMs = wait;
         LogLine(QStringLiteral("sign-in for \"%1\" from %2 turned away: %3 ms still to wait")
@@ -30,9 +29,9 @@ PasswordCheck PasswordCheck::Run(Database& db, const QString& userName, const QS
         PasswordHash::verifyNobody(password);
     if (check.userSys >= 0) {
         check.outcome = Outcome::Good;
-        throttle.Succeeded(userName, peer);
+        SignInThrottle::Succeeded(db, userName, peer);
     } else {
-        throttle.Failed(userName, peer);
+        SignInThrottle::Failed(db, userName, peer);
     }
     return check;
 }

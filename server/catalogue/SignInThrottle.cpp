@@ -1,64 +1,74 @@
 #include "SignInThrottle.h"
 
 #include "LogText.h"
-#include <QMutexLocker>
+#include "store/Database.h"
+#include <QDateTime>
 #include <algorithm>
 
-SignInThrottle& SignInThrottle::instance() {
-    static SignInThrottle throttle;
-    return throttle;
-}
+namespace SignInThrottle {
+namespace {
 
-QString SignInThrottle::accountKey(const QString& userName) {
+QString accountKey(const QString& userName) {
     return QStringLiteral("account ") + userName.trimmed().toLower().left(64);
 }
 
-QString SignInThrottle::addressKey(const QString& peer) {
+QString addressKey(const QString& peer) {
     return QStringLiteral("address ") + peer;
 }
 
-qint64 SignInThrottle::WaitMs(const QString& userName, const QString& peer) {
+QString stamp(const QDateTime& utc) {
+    return utc.toString(Qt::ISODateWithMs);
+}
+
+void fail(Database& db, const QString& key) {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    QMutexLocker hold(&m_lock);
+    db.writeQuietly([&] {
+        QSqlQuery counted =
+            db.exec(QStringLiteral(
+                        "INSERT INTO signinfailure (key, failures, lastfailure) VALUES (?, 1, ?) "
+                        "ON CONFLICT (key) DO UPDATE SET failures = signinfailure.failures + 1, "
+                        "lastfailure = excluded.lastfailure RETURNING failures"),
+                    {key, stamp(now)});
+        const int failures = counted.next() ? counted.value(0).toInt() : 1;
+        counted.finish();
+        if (failures < kFreeFailures)
+            return;
+        const int doublings = std::min(failures - kFreeFailures, 16);
+        const qint64 wait = std::min<qint64>(1000LL << doublings, kLongestWaitMs);
+        db.exec(QStringLiteral("UPDATE signinfailure SET nextallowed = ? WHERE key = ?"),
+                {stamp(now.addMSecs(wait)), key});
+        LogLine(QStringLiteral("sign-in: %1 failures for %2; the next attempt waits %3 s")
+                    .arg(failures)
+                    .arg(key)
+                    .arg(double(wait) / 1000.0));
+    });
+}
+
+} // namespace
+
+qint64 WaitMs(Database& db, const QString& userName, const QString& peer) {
+    QSqlQuery q =
+        db.exec(QStringLiteral("SELECT nextallowed FROM signinfailure WHERE key IN (?, ?) "
+                               "AND nextallowed IS NOT NULL"),
+                {accountKey(userName), addressKey(peer)});
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     qint64 wait = 0;
-    for (const QString& key : {accountKey(userName), addressKey(peer)}) {
-        const auto found = m_records.constFind(key);
-        if (found != m_records.cend() && found->nextAllowed.isValid())
-            wait = std::max(wait, now.msecsTo(found->nextAllowed));
-    }
-    return std::max<qint64>(wait, 0);
+    while (q.next())
+        wait = std::max(
+            wait, now.msecsTo(QDateTime::fromString(q.value(0).toString(), Qt::ISODateWithMs)));
+    return wait;
 }
 
-void SignInThrottle::fail(const QString& key) {
-    Record& record = m_records[key];
-    ++record.failures;
-    if (record.failures < kFreeFailures)
-        return;
-    const int doublings = std::min(record.failures - kFreeFailures, 16);
-    const qint64 wait = std::min<qint64>(1000LL << doublings, kLongestWaitMs);
-    record.nextAllowed = QDateTime::currentDateTimeUtc().addMSecs(wait);
-    LogLine(QStringLiteral("sign-in: %1 failures for %2; the next attempt waits %3 s")
-                .arg(record.failures)
-                .arg(key)
-                .arg(double(wait) / 1000.0));
+void Failed(Database& db, const QString& userName, const QString& peer) {
+    fail(db, accountKey(userName));
+    fail(db, addressKey(peer));
 }
 
-void SignInThrottle::Failed(const QString& userName, const QString& peer) {
-    QMutexLocker hold(&m_lock);
-    // An address that guesses at many accounts would fill memory: old records go first.
-    if (m_records.size() > 100'000)
-        m_records.clear();
-    fail(accountKey(userName));
-    fail(addressKey(peer));
+void Succeeded(Database& db, const QString& userName, const QString& peer) {
+    db.writeQuietly([&] {
+        db.exec(QStringLiteral("DELETE FROM signinfailure WHERE key IN (?, ?)"),
+                {accountKey(userName), addressKey(peer)});
+    });
 }
 
-void SignInThrottle::Succeeded(const QString& userName, const QString& peer) {
-    QMutexLocker hold(&m_lock);
-    m_records.remove(accountKey(userName));
-    m_records.remove(addressKey(peer));
-}
-
-void SignInThrottle::Reset() {
-    QMutexLocker hold(&m_lock);
-    m_records.clear();
-}
+} // namespace SignInThrottle

@@ -28,6 +28,9 @@ Swept Sweep(Database& db) {
             db.exec(QStringLiteral("DELETE FROM statushistory WHERE changedat < ?"), {daysAgo(400)})
                 .numRowsAffected();
         db.exec(QStringLiteral("DELETE FROM pendinglink WHERE expires < ?"), {daysAgo(0)});
+        // Failed sign-ins are forgotten a day after the last one (times kept in UTC).
+        db.exec(QStringLiteral("DELETE FROM signinfailure WHERE lastfailure < ?"),
+                {QDateTime::currentDateTimeUtc().addDays(-1).toString(Qt::ISODateWithMs)});
         swept.resetTokens =
             db.exec(QStringLiteral("DELETE FROM resettoken WHERE used = 1 OR expires < ?"),
                     {daysAgo(0)})

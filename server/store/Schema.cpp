@@ -59,6 +59,9 @@ const Table kTables[] = {
                    "used INTEGER NOT NULL DEFAULT 0"},
     // A reset link waiting for the recovery mail to that address (an hour at most).
     {"pendinglink", "address TEXT PRIMARY KEY, link TEXT NOT NULL, expires TEXT NOT NULL"},
+    // Failed sign-ins per account and per address, and when the next attempt may come (UTC).
+    {"signinfailure", "key TEXT PRIMARY KEY, failures INTEGER NOT NULL, lastfailure TEXT NOT NULL, "
+                      "nextallowed TEXT"},
     // Who changed whose status, when, from what to what (client or web), kept 400 days.
     {"statushistory",
      "historysys INTEGER PRIMARY KEY, contactsys INTEGER NOT NULL, changedby INTEGER, "
@@ -132,7 +135,8 @@ QString sequenceOf(const QString& table) {
 QStringList tables() {
     QStringList out;
     for (const Table& table : kTables)
-        out << QString::fromLatin1(table.name);
+        if (qstrcmp(table.name, "signinfailure") != 0)
+            out << QString::fromLatin1(table.name);
     return out;
 }
 

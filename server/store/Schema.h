@@ -7,7 +7,8 @@
 namespace Schema {
 
 QStringList statements(bool postgres); // CREATE TABLE IF NOT EXISTS ..., in dependency order
-QStringList tables();                  // every table, in the same order
+// Every table of the office's data, in the same order (not the sign-in throttle's counts).
+QStringList tables();
 
 // Columns that later releases added to existing tables; a database made before gets them.
 struct AddedColumn {

@@ -192,6 +192,15 @@ private slots:
         QVERIFY(mail.value(0).toString().contains(QStringLiteral("/reset?token=")));
     }
 
+    // Failed sign-ins count the same on every server: five on one, and the other makes the
+    // next attempt wait.
+    void guessesCountEverywhere() {
+        ServerClient here(first->baseUrl()), there(second->baseUrl());
+        for (int i = 0; i < 5; ++i)
+            QVERIFY(here.read(QStringLiteral("EXEC LoginCheck 'grace','wrong'")));
+        QVERIFY(there.refused(QStringLiteral("EXEC LoginCheck 'grace','demo'"), 429));
+    }
+
     // With one server gone, the proxy's answers come from the other.
     void oneServerDown() {
         second.reset();
