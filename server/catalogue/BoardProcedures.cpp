@@ -165,11 +165,17 @@ Answer updateChatStatus(Database& db, const Args& a) {
         db.bumpVersion();
     else if (!online)
         presence.Forget(a.integer(0));
-    db.write([&] {
-        db.exec(QStringLiteral("UPDATE contact SET chatstatus = ?, chatseenat = ? WHERE "
-                               "contactsys = ? AND chatstatus <> ?"),
-                {online, Board::now(), a.value(0), online});
-    });
+    // Read first: in the usual case the state hasn't turned, and a read takes no write lock.
+    QSqlQuery stored = db.exec(
+        QStringLiteral("SELECT chatstatus FROM contact WHERE contactsys = ?"), {a.value(0)});
+    const bool turned = stored.next() && stored.value(0).toInt() != online;
+    stored.finish();
+    if (turned)
+        db.write([&] {
+            db.exec(QStringLiteral("UPDATE contact SET chatstatus = ?, chatseenat = ? WHERE "
+                                   "contactsys = ? AND chatstatus <> ?"),
+                    {online, Board::now(), a.value(0), online});
+        });
     presence.Swap(db);
     return std::nullopt;
 }
