@@ -3,6 +3,7 @@
 #include "TavloServerProcess.h"
 #include "store/Database.h"
 
+#include "Rows.h"
 #include <QElapsedTimer>
 #include <QFile>
 #include <QNetworkAccessManager>
@@ -106,8 +107,7 @@ private slots:
         row("recovery question, no match", "tl_ForgotPassword 'x@y.example','Nobody'", 200);
     }
     void withoutASession() {
-        QFETCH(QString, sql);
-        QFETCH(int, status);
+        auto [sql, status] = fetch<QString, int>("sql", "status");
         Database db(server->dbUrl());
         const QString before = db.dump();
         const auto reply = ServerClient(server->baseUrl()).post(sql);
@@ -159,9 +159,7 @@ private slots:
         row("another organisation's lists", "carol", "EXECUTE tl_GetOrganizationGroups 2", 403);
     }
     void bySignedInRights() {
-        QFETCH(QString, user);
-        QFETCH(QString, sql);
-        QFETCH(int, status);
+        auto [user, sql, status] = fetch<QString, QString, int>("user", "sql", "status");
         ServerClient client(server->baseUrl(), user);
         Database db(server->dbUrl());
         const QString before = db.dump();

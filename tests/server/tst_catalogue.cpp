@@ -115,16 +115,14 @@ private slots:
         row("chat disabled", "EXEC LoginCheck 'hana','demo'", 1, 1, 1, 1);
     }
     void signIn() {
-        QFETCH(QString, sql);
-        QFETCH(int, rows);
+        auto [sql, rows] = fetch<QString, int>("sql", "rows");
         const auto rs = ServerClient(server->baseUrl()).read(sql);
         QVERIFY(rs);
         QCOMPARE(rs->RecordCount(), long(rows));
         if (rows == 0)
             return;
-        QFETCH(int, activeUser);
-        QFETCH(int, activeOrganization);
-        QFETCH(int, chatDisabled);
+        auto [activeUser, activeOrganization, chatDisabled] =
+            fetch<int, int, int>("activeUser", "activeOrganization", "chatDisabled");
         QCOMPARE(field(*rs, "ActiveUser").toInt(), activeUser);
         QCOMPARE(field(*rs, "ActiveOrganization").toInt(), activeOrganization);
         QCOMPARE(field(*rs, "ChatDisabled").toInt(), chatDisabled);
@@ -207,11 +205,8 @@ private slots:
         row("search, no hit", "ann", "tl_SearchContacts 'zzz%',1,'',5001", 0, "", "");
     }
     void lists() {
-        QFETCH(QString, user);
-        QFETCH(QString, sql);
-        QFETCH(int, rows);
-        QFETCH(QString, column);
-        QFETCH(QString, first);
+        auto [user, sql, rows, column, first] = fetch<QString, QString, int, QString, QString>(
+            "user", "sql", "rows", "column", "first");
         const auto rs = as(user).read(sql);
         QVERIFY(rs);
         QCOMPARE(rs->RecordCount(), long(rows));
@@ -345,9 +340,7 @@ private slots:
             "names a user other than the signed-in one");
     }
     void notesActOnlyForTheirReceiver() {
-        QFETCH(QString, user);
-        QFETCH(QString, sql);
-        QFETCH(QString, logged);
+        auto [user, sql, logged] = fetch<QString, QString, QString>("user", "sql", "logged");
         ServerClient& who = as(user);
         const QString before = db->dump();
         QVERIFY(who.refused(sql, 403));
@@ -366,10 +359,8 @@ private slots:
         row("colleague", "bob", "5002", -1, false);
     }
     void privateNotesOnlyForTheirReceiver() {
-        QFETCH(QString, user);
-        QFETCH(QString, asker);
-        QFETCH(int, rows);
-        QFETCH(bool, listsPrivate);
+        auto [user, asker, rows, listsPrivate] =
+            fetch<QString, QString, int, bool>("user", "asker", "rows", "listsPrivate");
         const QString sql = QStringLiteral("tl_GetContactNotes 1001, NULL, NULL, ") + asker;
         if (rows < 0) {
             QVERIFY(as(user).refused(sql, 403));
@@ -444,10 +435,8 @@ private slots:
         row("NUL in to (grammar)", bob + QChar(0), "Hi", ann, 400);
     }
     void sendEmail() {
-        QFETCH(QString, to);
-        QFETCH(QString, subject);
-        QFETCH(QString, from);
-        QFETCH(int, status);
+        auto [to, subject, from, status] =
+            fetch<QString, QString, QString, int>("to", "subject", "from", "status");
         const QString sql =
             QStringLiteral("EXEC tl_SendEmail '%1','%2','Body','%3','%3'").arg(to, subject, from);
         const QString count = QStringLiteral("SELECT COUNT(*) FROM outbox");
@@ -501,9 +490,8 @@ private slots:
         refused("password alone", {{"ftp-password", "s3cret"}}, "go together");
     }
     void release() {
-        QFETCH(QStringList, options);
-        QFETCH(QString, refusal);
-        QFETCH(QStringList, signIn);
+        auto [options, refusal, signIn] =
+            fetch<QStringList, QString, QStringList>("options", "refusal", "signIn");
         const QString before = db->dump();
         int exitCode = -1;
         const QString output =
