@@ -101,8 +101,6 @@ private slots:
     void splashShowsTheVersionForAMoment() {
         auto& splash = Form<frmTLSplash>();
         QCOMPARE(splash.lblVersionNumber->text(), AppVersion::Text());
-        QCOMPARE(splash.tmrDelay->interval(), 1500);
-        QVERIFY(splash.tmrDelay->isActive());
         QElapsedTimer shown;
         shown.start();
         splash.exec(); // ends by its own timer

@@ -246,15 +246,6 @@ private slots:
         QCOMPARE(watch().IdleMilliseconds, 0.0);
     }
 
-    void bothTimersRunFromTheTrayFormsLoad() {
-        Unload<frmTLMain>();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(tray().tmrCheckNetwork->isActive());
-        QCOMPARE(tray().tmrCheckNetwork->interval(), 1000);
-        QVERIFY(tray().tmrUpdateStatus->isActive());
-        QCOMPARE(tray().tmrUpdateStatus->interval(), 30000);
-    }
-
     void aChangeMadeElsewhereReachesTrayAndStatusBarInOneTick() {
         postAsBob(
             QStringLiteral("EXEC tl_SetStatus %1,8,NULL,NULL,'Gone to lunch',5002").arg(contact));
