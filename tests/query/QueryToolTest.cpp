@@ -92,31 +92,25 @@ private slots:
         QCOMPARE(utf16.out, QString("ContactSys\tLastName\n21\tMüller – Østergård €\n"));
     }
 
-    void anUnreachableServerExitsWith2() {
-        TestHttpServer server;
-        server.stop();
-        const Run run = runTool({"--url", server.baseUrl(), "EXECUTE tl_VersionCheck"});
-        QCOMPARE(run.exitCode, 2);
-        QVERIFY(run.out.isEmpty());
-        QVERIFY(run.err.startsWith("tavlo-query: cannot reach " + server.baseUrl()));
-        QCOMPARE(run.err.count('\n'), 1);
+    // No server exits with 2, an answer that is no rowset with 3; one line says why.
+    void failuresExitWithTheirNumber_data() {
+        columns<int, QByteArray, int, QString>("status", "body", "exit", "said"); // 0: no server
+        row("unreachable", 0, QByteArray(), 2, "tavlo-query: cannot reach http://127.0.0.1:");
+        row("empty", 200, QByteArray(), 3, "(HTTP 200)");
+        row("error page", 500, QByteArray("<html><body>Error</body></html>"), 3, "(HTTP 500)");
+        row("refused statement", 400, QByteArray("statement refused"), 3, "(HTTP 400)");
     }
-
-    void anAnswerThatIsNoRowsetExitsWith3_data() {
-        columns<int, QByteArray>("status", "body");
-        row("empty", 200, QByteArray());
-        row("error page", 500, QByteArray("<html><body>Error</body></html>"));
-        row("refused statement", 400, QByteArray("statement refused"));
-    }
-    void anAnswerThatIsNoRowsetExitsWith3() {
-        QFETCH(int, status);
-        QFETCH(QByteArray, body);
+    void failuresExitWithTheirNumber() {
+        auto [status, body, exit, said] =
+            fetch<int, QByteArray, int, QString>("status", "body", "exit", "said");
         TestHttpServer server;
+        if (status == 0)
+            server.stop();
         server.setAnswer({status, "text/html", body});
         const Run run = runTool({"--url", server.baseUrl(), "EXEC tl_x 1"});
-        QCOMPARE(run.exitCode, 3);
+        QCOMPARE(run.exitCode, exit);
         QVERIFY(run.out.isEmpty());
-        QVERIFY(run.err.contains(QString("(HTTP %1)").arg(status)));
+        QVERIFY2(run.err.contains(said), qPrintable(run.err));
         QCOMPARE(run.err.count('\n'), 1);
     }
 

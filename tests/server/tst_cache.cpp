@@ -1,5 +1,6 @@
 #include "gateway/AnswerCache.h"
 
+#include "Rows.h"
 #include <QtTest>
 
 namespace {
@@ -55,9 +56,7 @@ private slots:
             << QByteArray("<z:row myfriend='1'/>") << 1 << QList<qsizetype>{};
     }
     void friendMarksAreFoundRowByRow() {
-        QFETCH(QByteArray, xml);
-        QFETCH(int, rows);
-        QFETCH(QList<qsizetype>, marks);
+        auto [xml, rows, marks] = fetch<QByteArray, int, QList<qsizetype>>("xml", "rows", "marks");
         const auto found = AnswerCache::FriendMarks(xml, std::size_t(rows));
         QCOMPARE(QList<qsizetype>(found.begin(), found.end()), marks);
         for (qsizetype at : found)

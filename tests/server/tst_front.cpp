@@ -1,6 +1,7 @@
 #include "ServerClient.h"
 #include "TavloServerProcess.h"
 
+#include "Rows.h"
 #include <QDir>
 #include <QtTest>
 #include <arpa/inet.h>
@@ -140,8 +141,7 @@ private slots:
             << QByteArray("GET /nothing HTTP/1.1\r\nHost: x\r\n\r\n") << 404;
     }
     void limits() {
-        QFETCH(QByteArray, request);
-        QFETCH(int, status);
+        auto [request, status] = fetch<QByteArray, int>("request", "status");
         Connection c(port());
         c.send(request);
         QCOMPARE(c.status(5000), status);

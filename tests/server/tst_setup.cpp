@@ -149,8 +149,7 @@ private slots:
             "--days takes a whole number from 1 to 400");
     }
     void badInputExitsTwoAndChangesNothing() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, message);
+        auto [arguments, message] = fetch<QStringList, QString>("arguments", "message");
         const QString before = dump();
         const QString out = run(arguments, 2);
         QVERIFY2(out.contains(message), qPrintable(out));

@@ -70,6 +70,7 @@ test('who may call what, and what a body must hold', async () => {
     ['POST', '/admin/api/chat', 'bob', { on: false }, 403],
     ['POST', '/admin/api/group/add', 'ann', '[1]', 400],
     ['POST', '/admin/api/group/add', 'ann', { name: ['Night'] }, 400],
+    ['POST', '/admin/api/person/add', 'ann', { first: 'Al', last: 'Ex', user: 'ANN', email: 'al@demo.example' }, 400], // taken
     ['POST', '/admin/api/chat', 'ann', { on: 'maybe' }, 400],
     ['POST', '/admin/api/person/rights', 'ann', { contact: 1001, admin: false }, 400], // her own
     ['POST', '/admin/api/status/edit', 'ann', { status: 3, text: 'Here', colour: '#00FF00', order: 1 }, 400],
@@ -89,6 +90,9 @@ test('who may call what, and what a body must hold', async () => {
   const adminForm = await call('POST', '/admin/api/chat', 'ann', 'on=no',
     'application/x-www-form-urlencoded');
   assert.equal(adminForm.status, 415);
+  // A cookie the server never gave opens no administration.
+  const forged = await fetch(server.baseUrl + '/Administrator.asp', { headers: { Cookie: 'TavloWeb=0123456789abcdef' } });
+  assert.equal(forged.status, 401);
   const chat = await call('GET', '/admin/api/chat', 'ann');
   assert.equal(chat.headers.get('x-frame-options'), 'DENY');
   assert.match(chat.headers.get('content-security-policy'), /default-src 'none'/);

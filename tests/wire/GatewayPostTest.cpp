@@ -105,8 +105,7 @@ private slots:
         row("error page", 500, QByteArray("<html><body>Error</body></html>"));
     }
     void theStatusCodeDecidesNothing() {
-        QFETCH(int, status);
-        QFETCH(QByteArray, body);
+        auto [status, body] = fetch<int, QByteArray>("status", "body");
         TestHttpServer server;
         server.setAnswer({status, "text/html", body});
         const GatewayReply reply = postStatement(request(server.baseUrl(), "EXEC tl_a 1"));

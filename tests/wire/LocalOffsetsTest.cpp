@@ -46,9 +46,7 @@ private slots:
         row("Kolkata", QByteArray("Asia/Kolkata"), QDate(2024, 6, 1), 0);
     }
     void clockChangeDays() {
-        QFETCH(QByteArray, zone);
-        QFETCH(QDate, day);
-        QFETCH(int, skipped);
+        auto [zone, day, skipped] = fetch<QByteArray, QDate, int>("zone", "day", "skipped");
         if (!QFile::exists("/usr/share/zoneinfo/" + zone))
             QFAIL("the zone data (tzdata) is missing");
         ZoneScope scope(zone);

@@ -158,8 +158,7 @@ private slots:
             "\t\n\rA\u20AC<>\"");
     }
     void attributeTextsAreDecoded() {
-        QFETCH(QByteArray, attribute);
-        QFETCH(QString, text);
+        auto [attribute, text] = fetch<QByteArray, QString>("attribute", "text");
         const Rowset r =
             RowsetReader::read(withData("<rs:data><z:row comment='" + attribute + "'/></rs:data>"));
         QCOMPARE(r.rows.at(0).at(0).toString(), text);
@@ -172,8 +171,7 @@ private slots:
         row("only foreign elements", withData("<rs:data><z:other a='1'/></rs:data>"), 1);
     }
     void emptyDataGivesColumnsAndNoRows() {
-        QFETCH(QByteArray, bytes);
-        QFETCH(int, columns);
+        auto [bytes, columns] = fetch<QByteArray, int>("bytes", "columns");
         const Rowset r = RowsetReader::read(bytes);
         QCOMPARE(int(r.columns.size()), columns);
         QVERIFY(r.rows.empty());
@@ -209,9 +207,7 @@ private slots:
         row("unknown type is text", "odd", int(FieldType::String), QVariant(QString("42")));
     }
     void everyTypeReadsAsItsValue() {
-        QFETCH(QString, column);
-        QFETCH(int, type);
-        QFETCH(QVariant, expected);
+        auto [column, type, expected] = fetch<QString, int, QVariant>("column", "type", "expected");
         static const Rowset r = RowsetReader::read(sample("alltypes.xml"));
         const int c = columnOf(r, column);
         QVERIFY(c >= 0);
@@ -244,8 +240,7 @@ private slots:
         row("odd hex", QByteArray("bin.hex"), QByteArray("abc"));
     }
     void valuesThatDoNotReadAsTheirTypeStayText() {
-        QFETCH(QByteArray, type);
-        QFETCH(QByteArray, text);
+        auto [type, text] = fetch<QByteArray, QByteArray>("type", "text");
         QByteArray doc = withData("<rs:data><z:row comment='" + text + "'/></rs:data>");
         doc.replace("dt:type='string'", "dt:type='" + type + "'");
         const Rowset r = RowsetReader::read(doc);
@@ -377,8 +372,7 @@ private slots:
             QStringList{"c0", "c1", "c2"});
     }
     void namesThatCannotBeAttributesGetAliases() {
-        QFETCH(QStringList, names);
-        QFETCH(QStringList, attributes);
+        auto [names, attributes] = fetch<QStringList, QStringList>("names", "attributes");
         Rowset r;
         std::vector<QVariant> row;
         for (const QString& n : names) {
@@ -462,8 +456,7 @@ private slots:
             QVariantList{QString("12abc"), QString(""), QString(QChar(0xFEFF)) + "+68"});
     }
     void everyTypeSurvivesTheRoundTrip() {
-        QFETCH(int, type);
-        QFETCH(QVariantList, values);
+        auto [type, values] = fetch<int, QVariantList>("type", "values");
         Rowset r;
         r.columns = {column("k", FieldType::Int), column("v", FieldType(type))};
         r.columns[1].dbType = "numeric";

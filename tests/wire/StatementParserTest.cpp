@@ -129,8 +129,7 @@ private slots:
             "UPDATE Sessions: 4001");
     }
     void everyStatementTheClientSendsPasses() {
-        QFETCH(QString, sql);
-        QFETCH(QString, parsed);
+        auto [sql, parsed] = fetch<QString, QString>("sql", "parsed");
         QString error;
         const auto s = StatementParser::parse(sql, &error);
         QVERIFY2(s, qPrintable(error));
@@ -219,8 +218,7 @@ private slots:
         row("length", QString(20000, u'x'), "longer than");
     }
     void reasonsNameTheFault() {
-        QFETCH(QString, sql);
-        QFETCH(QString, reason);
+        auto [sql, reason] = fetch<QString, QString>("sql", "reason");
         QString error;
         QVERIFY(!StatementParser::parse(sql, &error));
         QVERIFY2(error.contains(reason), qPrintable(error));
@@ -255,8 +253,7 @@ private slots:
         row("mixed", QString("Zoë € ™ Ω"), QByteArray("Zo\xEB \x80 \x99 ?"));
     }
     void charactersOutsideTheCodePageBecomeQuestionMarks() {
-        QFETCH(QString, text);
-        QFETCH(QByteArray, bytes);
+        auto [text, bytes] = fetch<QString, QByteArray>("text", "bytes");
         QCOMPARE(cp1252::encode(text), bytes);
     }
 
@@ -275,8 +272,7 @@ private slots:
         row("empty", "", "");
     }
     void urlEncodeKeepsOnlyLettersAndDigits() {
-        QFETCH(QString, text);
-        QFETCH(QString, encoded);
+        auto [text, encoded] = fetch<QString, QString>("text", "encoded");
         QCOMPARE(form::URLEncode(text), encoded);
     }
 
@@ -294,8 +290,7 @@ private slots:
         row("bad escape in another field's value", QByteArray("x=%G1&strSQL=a"), "a");
     }
     void fieldDecodesOneField() {
-        QFETCH(QByteArray, body);
-        QFETCH(QString, value);
+        auto [body, value] = fetch<QByteArray, QString>("body", "value");
         QString error;
         const auto decoded = form::field(body, "strSQL", &error);
         QVERIFY2(decoded, qPrintable(error));
@@ -314,8 +309,7 @@ private slots:
         row("bad escape in a name", QByteArray("%x=1&strSQL=a"), "escape");
     }
     void fieldRefusesWhatItCannotTrust() {
-        QFETCH(QByteArray, body);
-        QFETCH(QString, reason);
+        auto [body, reason] = fetch<QByteArray, QString>("body", "reason");
         QString error;
         QVERIFY(!form::field(body, "strSQL", &error));
         QVERIFY2(error.contains(reason), qPrintable(error));

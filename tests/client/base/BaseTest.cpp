@@ -137,9 +137,7 @@ private slots:
         row("blanks inside for Val", "1 2x", false, 12.0);
     }
     void numbers() {
-        QFETCH(QString, text);
-        QFETCH(bool, numeric);
-        QFETCH(double, val);
+        auto [text, numeric, val] = fetch<QString, bool, double>("text", "numeric", "val");
         QCOMPARE(IsNumeric(text), numeric);
         QCOMPARE(Val(text), val);
     }
@@ -177,8 +175,7 @@ private slots:
         row("hour out of range", "13:00 PM", QDateTime());
     }
     void dates() {
-        QFETCH(QString, text);
-        QFETCH(QDateTime, moment);
+        auto [text, moment] = fetch<QString, QDateTime>("text", "moment");
         QCOMPARE(IsDate(text), moment.isValid());
         if (moment.isValid())
             QCOMPARE(CDate(text), moment);

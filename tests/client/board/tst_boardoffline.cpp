@@ -175,8 +175,7 @@ private slots:
         row("none", 3, 0);
     }
     void batchedLoadsReplaceTheRows() {
-        QFETCH(int, before);
-        QFETCH(int, after);
+        auto [before, after] = fetch<int, int>("before", "after");
         SpreadGrid grid;
         QAbstractItemModelTester tester(grid.model(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -215,10 +214,8 @@ private slots:
         row("unknown list", 5, 0, 0, "");
     }
     void listStatements() {
-        QFETCH(int, screen);
-        QFETCH(int, group);
-        QFETCH(int, location);
-        QFETCH(QString, statement);
+        auto [screen, group, location, statement] =
+            fetch<int, int, int, QString>("screen", "group", "location", "statement");
         QCOMPARE(frmTLView::ListStatement(screen, 5001, group, 1, 0, location, 7), statement);
     }
 

@@ -267,8 +267,7 @@ private slots:
         row("text before a name", "x <bob> hi", "kkBBBBBkKK");
     }
     void colorNames() {
-        QFETCH(QString, log);
-        QFETCH(QString, codes);
+        auto [log, codes] = fetch<QString, QString>("log", "codes");
         QTextEdit box;
         frmTLChat::SetText(&box, log);
         frmTLChat::ColorNames(&box);

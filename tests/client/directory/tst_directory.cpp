@@ -120,8 +120,7 @@ private slots:
         row("lowest", int(INT32_MIN), QStringLiteral("N2147483648"));
     }
     void keys() {
-        QFETCH(int, sys);
-        QFETCH(QString, key);
+        auto [sys, key] = fetch<int, QString>("sys", "key");
         TLContact contact;
         contact.ContactSys = sys;
         QCOMPARE(contact.Key(), key);
@@ -157,11 +156,8 @@ private slots:
         row("status never filled", 0, "11/19/2026", "11/19/2026", "TOMORROW", "12:00 AM");
     }
     void returning() {
-        QFETCH(int, statusSys);
-        QFETCH(QString, stored);
-        QFETCH(QString, text);
-        QFETCH(QString, date);
-        QFETCH(QString, time);
+        auto [statusSys, stored, text, date, time] = fetch<int, QString, QString, QString, QString>(
+            "statusSys", "stored", "text", "date", "time");
         Clock::SetFixed(QDateTime(QDate(2026, 11, 18), QTime(9, 0)));
         TLStatusRow row;
         if (statusSys != 0)
@@ -189,10 +185,8 @@ private slots:
             "EXEC tl_SetStatus 12,8,'11/25/2026 soon',NULL,NULL,0");
     }
     void statementArguments() {
-        QFETCH(QString, date);
-        QFETCH(QString, time);
-        QFETCH(QString, comment);
-        QFETCH(QString, statement);
+        auto [date, time, comment, statement] =
+            fetch<QString, QString, QString, QString>("date", "time", "comment", "statement");
         TLContact colleague;
         colleague.UpdateContactStatus(12, 8, date, time, comment);
         QCOMPARE(sent().value(0), statement);
@@ -287,9 +281,8 @@ private slots:
         row("gone location", 9, "<All>", 9);
     }
     void locations() {
-        QFETCH(int, setting);
-        QFETCH(QString, selected);
-        QFETCH(int, settingAfter);
+        auto [setting, selected, settingAfter] =
+            fetch<int, QString, int>("setting", "selected", "settingAfter");
         auto& combo = *Form<frmTLSettings>().cboLocation;
         server->setAnswer({200, "text/xml",
                            RowsetBytes({"LocationName", "OrganizationLocationSys"},
@@ -302,16 +295,6 @@ private slots:
         QCOMPARE(combo.itemData(2).toInt(), 2);
         QCOMPARE(combo.currentText(), selected);
         QCOMPARE(TLMain().Settings().OrganizationLocationSys(), settingAfter);
-    }
-
-    void noAnswerEndsQuietly() {
-        server->stop();
-        auto& combo = *Form<frmTLSettings>().cboLocation;
-        boxes.clear();
-        TLMain().DataAccess().blnErrored = true; // the user was told already
-        LoadAvailableLocations(&combo);
-        QCOMPARE(combo.count(), 1);
-        QVERIFY(boxes.isEmpty());
     }
 };
 

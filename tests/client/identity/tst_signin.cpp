@@ -30,70 +30,40 @@ private slots:
 
     void dialogSignInSendsItsStatementsInOrder() {
         QVERIFY(f.signInWithDialog(QStringLiteral("ann")));
-        const auto& user = TLMain().ActiveUser();
-        const QString contact = QString::number(user.ContactSys());
-        const QString org = QString::number(TLMain().ActiveOrganization().OrganizationSys);
-        const QString userSys = QString::number(user.UserSys());
-        const QString board =
-            QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,%1,%2,%3")
-                .arg(org, userSys, QString::number(TLMain().Settings().OrganizationLocationSys()));
+        const QString board = QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,1");
+        const QString colours = QStringLiteral("EXEC tl_GetAvailableColors 1,5001");
         QStringList expected = {
-            QStringLiteral("EXEC LoginCheck 'ann','demo'"),
-            QStringLiteral("EXEC tl_GetUserStatuses NULL,%1,%2,NULL").arg(contact, org),
-            QStringLiteral("EXECUTE tl_GetAvailableStatuses %1,%2,%3").arg(org, userSys, contact),
-            QStringLiteral("EXECUTE tl_GetOrganizationGroups ") + org,
-            QStringLiteral("EXECUTE tl_GetOrganizationLocations ") + org,
-            QStringLiteral("EXEC tl_SetStatus %1,3,NULL,NULL,NULL,%2").arg(contact, userSys),
-            // The own status reaches the board's status bar, and that first touch loads the
-            // board: its list and its legend.
-            board, QStringLiteral("EXEC tl_GetAvailableColors %1,%2").arg(org, userSys),
+            "EXEC LoginCheck 'ann','demo'", "EXEC tl_GetUserStatuses NULL,1001,1,NULL",
+            "EXECUTE tl_GetAvailableStatuses 1,5001,1001", "EXECUTE tl_GetOrganizationGroups 1",
+            "EXECUTE tl_GetOrganizationLocations 1", "EXEC tl_SetStatus 1001,3,NULL,NULL,NULL,5001",
+            // The own status reaches the board's status bar, and that first
+            // touch loads the board: its list and its legend.
+            board, colours,
             // Chat is off for this user: the server hears so.
-            QStringLiteral("EXEC tl_UpdateChatStatus %1, 0").arg(contact),
-            QStringLiteral("EXECUTE tl_GetUserSecurity ") + userSys};
+            "EXEC tl_UpdateChatStatus 1001, 0", "EXECUTE tl_GetUserSecurity 5001"};
         if (TLMain().Settings().NetworkConnected())
-            expected << QStringLiteral("EXEC tl_GetContactNotesUnread  ") + contact;
-        expected << QStringLiteral("EXEC tl_GetAvailableColors %1,%2").arg(org, userSys)
-                 << board // the view is chosen again as the board comes up
-                 << QStringLiteral("EXECUTE GetSysVB 'Session'");
-        const QStringList sent = f.gateway->statements();
-        QCOMPARE(sent.mid(0, expected.size()), expected);
-        QCOMPARE(sent.size(), expected.size() + 1);
-        const QString session = QString::number(user.SessionSys());
-        QCOMPARE(sent.last(),
-                 QStringLiteral("INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, "
-                                "LoginDate, ComputerName,IPAddress,UserSys) VALUES (") +
-                     session + ',' + contact + ",'tst_signin v1.0.0',getdate(),'" +
-                     TLMain().ComputerName() + "','" + TLMain().IPAddress() + "'," + userSys + ')');
+            expected << QStringLiteral("EXEC tl_GetContactNotesUnread  1001");
+        // The view is chosen again as the board comes up; then the session.
+        expected << colours << board << QStringLiteral("EXECUTE GetSysVB 'Session'");
+        const QString session = QString::number(TLMain().ActiveUser().SessionSys());
+        expected << "INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, LoginDate, "
+                    "ComputerName,IPAddress,UserSys) VALUES (" +
+                        session + ",1001,'tst_signin v1.0.0',getdate(),'" +
+                        TLMain().ComputerName() + "','" + TLMain().IPAddress() + "',5001)";
+        QCOMPARE(f.gateway->statements(), expected);
         QVERIFY(f.boxes.isEmpty());
-
-        // Everything the board needs is in place, and the board is up.
-        QCOMPARE(TLMain().ActiveContact().FullName().isEmpty(), false);
-        QCOMPARE(TLMain().ActiveStatus().StatusSys, 3);
-        QVERIFY(modTLMain::colStatuses().Count() >= 3);
-        QVERIFY(!IsLoaded<frmTLLogin>() || !LoadedForm<frmTLLogin>()->isVisible());
         QVERIFY(LoadedForm<frmTLView>() && LoadedForm<frmTLView>()->isVisible());
-        QVERIFY(TLMain().DataAccess().ConnectionEnabled);
-        QCOMPARE(f.query("SELECT COUNT(*) FROM sessions WHERE sessionsys = " + session +
-                         " AND logoutdate IS NULL")
-                     .toInt(),
-                 1);
+        const QString open =
+            "SELECT COUNT(*) FROM sessions WHERE logoutdate IS NULL AND sessionsys = ";
+        QCOMPARE(f.query(open + session).toInt(), 1);
 
         // Signing out: In becomes Out with its comment, and the session is closed.
-        f.gateway->clear();
-        TLMain().ActiveUser().Logout();
-        QCOMPARE(f.gateway->statements(),
-                 QStringList({QStringLiteral("EXEC tl_SetStatus %1,8,NULL,NULL,'Tavlo Shut "
-                                             "Down',%2")
-                                  .arg(contact, userSys),
-                              QStringLiteral("UPDATE Sessions SET LogoutDate = getdate() WHERE "
-                                             "SessionSys = ") +
-                                  session}));
-        QCOMPARE(f.query("SELECT COUNT(*) FROM sessions WHERE sessionsys = " + session +
-                         " AND logoutdate IS NOT NULL")
-                     .toInt(),
-                 1);
+        QCOMPARE(f.sentBy([] { TLMain().ActiveUser().Logout(); }),
+                 QStringList(
+                     {"EXEC tl_SetStatus 1001,8,NULL,NULL,'Tavlo Shut Down',5001",
+                      "UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = " + session}));
+        QCOMPARE(f.query(open + session).toInt(), 0);
         QVERIFY(!TLMain().ActiveUser().ValidUser());
-        QCOMPARE(TLMain().ActiveUser().UserName(), QString());
         QCOMPARE(TLMain().ActiveUser().Rights(), QString());
         QVERIFY(!LoadedForm<frmTLView>() || !LoadedForm<frmTLView>()->isVisible());
     }
@@ -106,9 +76,8 @@ private slots:
         row("disabled organisation", "ivo", "demo", kDisabled);
     }
     void refusedSignIns() {
-        QFETCH(QString, name);
-        QFETCH(QString, password);
-        QFETCH(QString, message);
+        auto [name, password, message] =
+            fetch<QString, QString, QString>("name", "password", "message");
         const int sessions = f.query("SELECT COUNT(*) FROM sessions").toInt();
         QVERIFY(!f.signInWithDialog(name, password));
         QCOMPARE(f.boxes.size(), 1);
@@ -163,8 +132,7 @@ private slots:
         row("removed account", "dave", kRemoved);
     }
     void automaticSignIn() {
-        QFETCH(QString, name);
-        QFETCH(QString, message);
+        auto [name, message] = fetch<QString, QString>("name", "message");
         for (auto [key, value] :
              {std::pair{"AutoLogin", QStringLiteral("1")}, std::pair{"UserName", name},
               std::pair{"Password", QStringLiteral("0j|j")}})
@@ -211,8 +179,7 @@ private slots:
         row("all chosen", -1, -1);
     }
     void homeLocationOnlyWithoutAChoice() {
-        QFETCH(int, setting);
-        QFETCH(int, after);
+        auto [setting, after] = fetch<int, int>("setting", "after");
         TLMain().Settings().SetOrganizationLocationSys(setting);
         QVERIFY(f.signInWithDialog(QStringLiteral("ann")));
         QCOMPARE(TLMain().ActiveUser().OrganizationLocationSys(), 1);
@@ -238,11 +205,9 @@ private slots:
             "Sorry, you did not enter a valid Last Name or E-mail address");
     }
     void passwordRecovery() {
-        QFETCH(QString, lastName);
-        QFETCH(QString, email);
-        QFETCH(QList<QStringList>, matches);
-        QFETCH(QStringList, sent);
-        QFETCH(QString, box);
+        auto [lastName, email, matches, sent, box] =
+            fetch<QString, QString, QList<QStringList>, QStringList, QString>(
+                "lastName", "email", "matches", "sent", "box");
         QList<QVariantList> rows;
         for (const QStringList& match : matches)
             rows << QVariantList{match[0], match[1], match[2]};

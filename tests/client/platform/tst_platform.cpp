@@ -172,8 +172,7 @@ private slots:
             List{nic("lo", true, true, false, {"127.0.0.1"})}, false);
     }
     void isNetworkAlive() {
-        QFETCH(List, interfaces);
-        QFETCH(bool, alive);
+        auto [interfaces, alive] = fetch<List, bool>("interfaces", "alive");
         NetworkInterfaces::SetSource([&] { return interfaces; });
         QCOMPARE(NetworkState::IsNetworkAlive(), alive);
     }
@@ -201,8 +200,7 @@ private slots:
         row("unplugged still has its address", List{kUnplugged, kWired}, "10.0.0.5");
     }
     void localIP() {
-        QFETCH(List, interfaces);
-        QFETCH(QString, ip);
+        auto [interfaces, ip] = fetch<List, QString>("interfaces", "ip");
         NetworkInterfaces::SetSource([&] { return interfaces; });
         QCOMPARE(HostInfo::LocalIP(), ip);
     }
@@ -218,9 +216,8 @@ private slots:
         row("split over arguments", QStringList{"/ignore", "network"}, "/ignore network", false);
     }
     void commandLine() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, text);
-        QFETCH(bool, ignoreNetwork);
+        auto [arguments, text, ignoreNetwork] =
+            fetch<QStringList, QString, bool>("arguments", "text", "ignoreNetwork");
         CommandLine::SetArguments(arguments);
         QCOMPARE(CommandLine::Text(), text);
         QCOMPARE(CommandLine::HasIgnoreNetwork(), ignoreNetwork);
@@ -302,8 +299,7 @@ private slots:
         row("name with a slash", kKey, QStringLiteral("a/b"));
     }
     void missingOrUnusableNamesReadNothing() {
-        QFETCH(QString, key);
-        QFETCH(QString, name);
+        auto [key, name] = fetch<QString, QString>("key", "name");
         QCOMPARE(SettingsStore::ReadText(RegistryRoot::CurrentUser, key, name), std::nullopt);
         QCOMPARE(SettingsStore::DeleteValue(RegistryRoot::CurrentUser, key, name), false);
     }

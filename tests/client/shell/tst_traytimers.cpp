@@ -215,8 +215,7 @@ private slots:
         row("another comment", "At the dentist", false);
     }
     void onlyTheExactCommentFromAnywhereCountsAsIdle() {
-        QFETCH(QString, comment);
-        QFETCH(bool, comesBack);
+        auto [comment, comesBack] = fetch<QString, bool>("comment", "comesBack");
         postAsBob(
             QStringLiteral("EXEC tl_SetStatus %1,6,NULL,NULL,'%2',5002").arg(contact, comment));
         tray().tmrUpdateStatus_Timer();
@@ -245,15 +244,6 @@ private slots:
         QCOMPARE(ticks(5), QStringList());
         QCOMPARE(moveSideways(), QStringList());
         QCOMPARE(watch().IdleMilliseconds, 0.0);
-    }
-
-    void bothTimersRunFromTheTrayFormsLoad() {
-        Unload<frmTLMain>();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(tray().tmrCheckNetwork->isActive());
-        QCOMPARE(tray().tmrCheckNetwork->interval(), 1000);
-        QVERIFY(tray().tmrUpdateStatus->isActive());
-        QCOMPARE(tray().tmrUpdateStatus->interval(), 30000);
     }
 
     void aChangeMadeElsewhereReachesTrayAndStatusBarInOneTick() {
@@ -297,10 +287,8 @@ private slots:
         row("still connecting", true, true, true, ", 0");
     }
     void theChatStateGoesToTheServerAtEveryTick() {
-        QFETCH(bool, enabled);
-        QFETCH(bool, connected);
-        QFETCH(bool, connecting);
-        QFETCH(QString, sent);
+        auto [enabled, connected, connecting, sent] =
+            fetch<bool, bool, bool, QString>("enabled", "connected", "connecting", "sent");
         auto& settings = root().Settings();
         settings.EnableChat = enabled;
         settings.ChatConnected = connected;

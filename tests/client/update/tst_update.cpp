@@ -168,8 +168,7 @@ private slots:
     }
 
     void wholeUpdateSequence() {
-        QFETCH(QString, user);
-        QFETCH(QString, directory);
+        auto [user, directory] = fetch<QString, QString>("user", "directory");
         Probe p(server->site(), user, user.isEmpty() ? QString() : kPassword);
         QVERIFY(p.connect());
         QCOMPARE(count(p.all, "^Reply:230 "), 1);
@@ -223,10 +222,8 @@ private slots:
     }
 
     void connectFails() {
-        QFETCH(QString, host);
-        QFETCH(QString, password);
-        QFETCH(long, timeout);
-        QFETCH(QString, error);
+        auto [host, password, timeout, error] =
+            fetch<QString, QString, long, QString>("host", "password", "timeout", "error");
         Probe p(host, kUser, password);
         p.s.Timeout = timeout;
         QVERIFY(p.run(&FtpSession::Connect));
@@ -251,8 +248,7 @@ private slots:
     }
 
     void deletedByItsOwnHandler() {
-        QFETCH(QString, kind);
-        QFETCH(QString, password);
+        auto [kind, password] = fetch<QString, QString>("kind", "password");
         Probe p(server->site(), kUser, password);
         p.onEvent = [&](const QString& raised) {
             if (raised == kind)
@@ -288,11 +284,9 @@ private slots:
         row("digest matches", "secret", "tavlo.run", good, true, "Disconnecting");
     }
     void transfer() {
-        QFETCH(QString, password);
-        QFETCH(QString, file);
-        QFETCH(QString, digest);
-        QFETCH(bool, started);
-        QFETCH(QString, logged);
+        auto [password, file, digest, started, logged] =
+            fetch<QString, QString, QString, bool, QString>("password", "file", "digest", "started",
+                                                            "logged");
         QVERIFY(publish(*server));
         updateFrom(*server, password, file, digest);
         const bool failed =
@@ -368,9 +362,7 @@ private slots:
         row("size no number", "-rw-r--r-- 1 many update update Nov 23 12:00 x", "many", "");
     }
     void listingAndProgress() {
-        QFETCH(QString, entry);
-        QFETCH(QString, size);
-        QFETCH(QString, percent);
+        auto [entry, size, percent] = fetch<QString, QString, QString>("entry", "size", "percent");
         auto& control = Form<frmTLFTP>();
         control.lpstrSize = QStringLiteral("kept");
         control.mFtp_List(entry);
