@@ -253,7 +253,9 @@ private slots:
         // The fastest of each is the work itself, least disturbed by other processes.
         const double ratio = *std::min_element(unknown.begin(), unknown.end()) /
                              *std::min_element(wrong.begin(), wrong.end());
-        QVERIFY2(ratio > 0.8 && ratio < 1.2, qPrintable(QString::number(ratio)));
+        // Skipping the hash for an unknown name would make it some fifty times faster; the
+        // band is wide because a test beside this one on two cores shifts either side.
+        QVERIFY2(ratio > 0.5 && ratio < 2.0, qPrintable(QString::number(ratio)));
 
         for (int i = 0; i < 5; ++i)
             QVERIFY(!guesser.signIn(QStringLiteral("frank"), QStringLiteral("wrong")));
