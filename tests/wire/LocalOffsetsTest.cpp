@@ -6,31 +6,7 @@
 
 using namespace wire;
 
-namespace {
-
-// Switches the process's zone; Qt asks the C library each time, so this takes effect at once.
-class ZoneScope {
-public:
-    explicit ZoneScope(const QByteArray& zone)
-        : m_old(qgetenv("TZ")), m_had(qEnvironmentVariableIsSet("TZ")) {
-        qputenv("TZ", zone);
-        tzset();
-    }
-    ~ZoneScope() {
-        if (m_had)
-            qputenv("TZ", m_old);
-        else
-            qunsetenv("TZ");
-        tzset();
-    }
-
-private:
-    QByteArray m_old;
-    bool m_had;
-};
-
-} // namespace
-
+// Local moments on the days a zone moves its clock, read and written as the C library has them.
 class LocalOffsetsTest : public QObject {
     Q_OBJECT
 private slots:
@@ -40,7 +16,6 @@ private slots:
         row("Berlin, spring", QByteArray("Europe/Berlin"), QDate(2024, 3, 31), 4);
         row("Berlin, autumn", QByteArray("Europe/Berlin"), QDate(2024, 10, 27), 0);
         row("New York, spring", QByteArray("America/New_York"), QDate(2024, 3, 10), 4);
-        row("New York, autumn", QByteArray("America/New_York"), QDate(2024, 11, 3), 0);
         row("Lord Howe, half-hour shift", QByteArray("Australia/Lord_Howe"), QDate(2024, 4, 7), 0);
         row("Lord Howe, half-hour gap", QByteArray("Australia/Lord_Howe"), QDate(2024, 10, 6), 2);
         row("Kolkata", QByteArray("Asia/Kolkata"), QDate(2024, 6, 1), 0);
@@ -49,7 +24,8 @@ private slots:
         auto [zone, day, skipped] = fetch<QByteArray, QDate, int>("zone", "day", "skipped");
         if (!QFile::exists("/usr/share/zoneinfo/" + zone))
             QFAIL("the zone data (tzdata) is missing");
-        ZoneScope scope(zone);
+        qputenv("TZ", zone); // each row sets its own zone; Qt asks the C library every time
+        tzset();
         LocalOffsets offsets;
         int gaps = 0;
         for (int minute = 0; minute < 24 * 60; minute += 15) {
