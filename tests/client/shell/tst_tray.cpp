@@ -13,9 +13,8 @@
 #include <QProcess>
 #include <atomic>
 
-// What the tray shows for each state and the pictures themselves, the shell's small dialogs and
-// what signing out keeps; then the tray on a real desktop tray (tint2 under Xvfb), driven
-// against the demo server.
+// What the tray shows for each state and the pictures themselves, the minimize reminder; then
+// the tray on a real desktop tray (tint2 under Xvfb), driven against the demo server.
 class TestTray : public QObject {
     Q_OBJECT
     SignInFixture f;
@@ -32,15 +31,13 @@ class TestTray : public QObject {
         QVERIFY(QFileInfo(path).size() > 0);
     }
 
-    void xdotool(const QStringList& arguments) {
-        QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
-    }
-
     void clickTray(const QString& button, int repeat = 1) {
         const QPoint centre = tray().trayIcon->geometry().center();
-        xdotool({QStringLiteral("mousemove"), QString::number(centre.x()),
-                 QString::number(centre.y()), QStringLiteral("click"), QStringLiteral("--repeat"),
-                 QString::number(repeat), QStringLiteral("--delay"), QStringLiteral("80"), button});
+        const QString command = QStringLiteral("mousemove %1 %2 click --repeat %3 --delay 80 %4");
+        QCOMPARE(QProcess::execute(
+                     QStringLiteral("xdotool"),
+                     command.arg(centre.x()).arg(centre.y()).arg(repeat).arg(button).split(' ')),
+                 0);
     }
 
     QAction* statusEntry(const QString& text) {
@@ -94,11 +91,6 @@ private slots:
         QCOMPARE(TrayDisplay::PictureIndex(valid, status, notes), picture);
     }
 
-    void longTipsAreCut() {
-        QCOMPARE(TrayDisplay::FittedTip(QString(80, 'x')), QString(64, 'x'));
-        QCOMPARE(TrayDisplay::FittedTip(QString(63, 'y')), QString(63, 'y'));
-    }
-
     // Every picture exists at the tray's sizes; the four looks differ, and the notes mark shows.
     void picturesHaveTheirLooks() {
         for (int index = 1; index <= TrayPictures::kCount; ++index)
@@ -134,22 +126,6 @@ private slots:
         QCOMPARE(f.stored("DontShowMinimize"), QStringLiteral("1"));
         frmTLWarningSysTray::ShowUnlessDeclined();
         QVERIFY(!IsLoaded<frmTLWarningSysTray>());
-    }
-
-    // Destroy releases everything but the organisations and the transfer state.
-    void destroyKeepsOrganizationsAndTransfer() {
-        TLMainObject root;
-        root.Settings().UserName = QStringLiteral("ann");
-        root.ActiveStatusRow().Comment = QStringLiteral("lunch");
-        root.ActiveOrganization().OrganizationName = QStringLiteral("Acme");
-        root.SelectedOrganization().OrganizationName = QStringLiteral("Other");
-        root.FTP().strFTPSite = QStringLiteral("ftp.example");
-        root.Destroy();
-        QCOMPARE(root.Settings().UserName, QString());
-        QCOMPARE(root.ActiveStatusRow().Comment, QString());
-        QCOMPARE(root.ActiveOrganization().OrganizationName, QStringLiteral("Acme"));
-        QCOMPARE(root.SelectedOrganization().OrganizationName, QStringLiteral("Other"));
-        QCOMPARE(root.FTP().strFTPSite, QStringLiteral("ftp.example"));
     }
 
     // Signed out the tray offers only the sign-in; a double click opens it, and signed in
