@@ -7,14 +7,18 @@
 #include "shell/modTLMain.h"
 #include "status/frmTLStatus.h"
 
-// The status dialog against the demo server, signed in as ann (who may change anyone's status).
+// The status dialog against the demo server, signed in as ann (who may change anyone's status),
+// at Monday 11/23/2026 10:00 AM.
 class TestStatusDialog : public QObject {
     Q_OBJECT
     SignInFixture f;
 
-    std::shared_ptr<TLStatusRow> person(int contactSys) {
+    // A person's row as the server has it, the status text replaced when one is given.
+    std::shared_ptr<TLStatusRow> person(int contactSys, const QString& status = QString()) {
         auto row = std::make_shared<TLStatusRow>();
         row->GetContactStatus(contactSys);
+        if (!status.isEmpty())
+            row->Status().StatusText = status;
         return row;
     }
 
@@ -32,9 +36,13 @@ class TestStatusDialog : public QObject {
         return nullptr;
     }
 
-    bool pickersEnabled(frmTLStatus& d) {
-        return d.dateReturning->isEnabled() && d.cboTime->isEnabled() &&
-               d.chkUnknownDateTime->isEnabled();
+    // Which of date, time and "unknown" can be changed, 1 for each.
+    QString pickers(frmTLStatus& d) {
+        QString on;
+        for (const QWidget* picker : std::initializer_list<const QWidget*>{
+                 d.dateReturning, d.cboTime, d.chkUnknownDateTime})
+            on += picker->isEnabled() ? QLatin1Char('1') : QLatin1Char('0');
+        return on;
     }
 
 private slots:
@@ -55,116 +63,93 @@ private slots:
         Clock::Release();
     }
 
-    void anInRowDisablesThePickersAndKeepsItsComment() {
+    // The row's status chosen, its comment kept; with nothing to return to, an hour from now.
+    void opensOnTheRow() {
         auto row = person(1001); // ann, In
         row->Comment = QStringLiteral("At my desk");
         auto& d = open(row);
-        QVERIFY(d.isVisible());
-        QVERIFY(d.windowFlags() & Qt::WindowStaysOnTopHint);
-        QVERIFY(!d.isModal());
         QCOMPARE(d.lblName->text(), QStringLiteral("Ann Lee"));
         QCOMPARE(d.lblCurrentStatus->text(), QStringLiteral("In"));
         QVERIFY(button(d, QStringLiteral("In"))->isChecked());
-        QVERIFY(!d.dateReturning->isEnabled() && !d.cboTime->isEnabled());
-        QVERIFY(!d.chkUnknownDateTime->isEnabled() && !d.chkUnknownDateTime->isChecked());
+        QCOMPARE(pickers(d), QStringLiteral("000"));
         QCOMPARE(d.txtComment->text(), QStringLiteral("At my desk"));
-        // Nothing stored to return to: an hour from now, today.
-        QCOMPARE(d.cboTime->time(), QTime(11, 0));
-        QCOMPARE(d.dateReturning->date(), QDate(2026, 11, 23));
-        QVERIFY(f.gateway->statements().size() == 1); // the row's own read
+        QCOMPARE(QDateTime(d.dateReturning->date(), d.cboTime->time()),
+                 QDateTime(QDate(2026, 11, 23), QTime(11, 0)));
+        Unload<frmTLStatus>();
+
+        row = person(1002, QStringLiteral("Out"));
+        row->SetReturningText(QStringLiteral("01/01/00 12:00AM"));
+        auto& out = open(row);
+        QCOMPARE(out.lblReturningDate->text(), QStringLiteral("Unspecified"));
+        QCOMPARE(pickers(out), QStringLiteral("111"));
+        QCOMPARE(QDateTime(out.dateReturning->date(), out.cboTime->time()),
+                 QDateTime(QDate(2026, 11, 23), QTime(11, 0)));
     }
 
     void choosingInClearsTheCommentForGood() {
-        auto row = person(1002);
-        row->Status().StatusText = QStringLiteral("Out");
+        auto row = person(1002, QStringLiteral("Out"));
         row->Comment = QStringLiteral("Client visit");
         auto& d = open(row);
-        QVERIFY(pickersEnabled(d));
         QCOMPARE(d.txtComment->text(), QStringLiteral("Client visit"));
         QVERIFY(SaveScreenshot(&d, QStringLiteral("status-dialog")));
         button(d, QStringLiteral("In"))->click();
         QCOMPARE(d.txtComment->text(), QString());
-        QVERIFY(!d.dateReturning->isEnabled());
+        QCOMPARE(pickers(d), QStringLiteral("000"));
         button(d, QStringLiteral("Sick"))->click();
-        QVERIFY(pickersEnabled(d));
+        QCOMPARE(pickers(d), QStringLiteral("111"));
         QCOMPARE(d.txtComment->text(), QString());
-    }
-
-    void unspecifiedReturningFallsBackToNow() {
-        auto row = person(1002);
-        row->Status().StatusText = QStringLiteral("Out");
-        row->SetReturningText(QStringLiteral("01/01/00 12:00AM"));
-        auto& d = open(row);
-        QCOMPARE(d.lblReturningDate->text(), QStringLiteral("Unspecified"));
-        QCOMPARE(d.dateReturning->date(), QDate(2026, 11, 23));
-        QCOMPARE(d.cboTime->time(), QTime(11, 0));
     }
 
     void oneClickButtonsFollowTheClock() {
         Clock::SetFixed(QDateTime(QDate(2026, 11, 23), QTime(23, 30)));
         auto& d = open(person(1002));
+        auto returning = [&] { return QDateTime(d.dateReturning->date(), d.cboTime->time()); };
         d.cmdOneHour->click();
-        QCOMPARE(d.cboTime->time(), QTime(0, 30));
-        QCOMPARE(d.dateReturning->date(), QDate(2026, 11, 24));
+        QCOMPARE(returning(), QDateTime(QDate(2026, 11, 24), QTime(0, 30)));
         d.cmdFourHour->click(); // the last one wins
-        QCOMPARE(d.cboTime->time(), QTime(3, 30));
+        QCOMPARE(returning(), QDateTime(QDate(2026, 11, 24), QTime(3, 30)));
         d.cmdTomorrow->click();
-        QCOMPARE(d.cboTime->time(), QTime(8, 0));
-        QCOMPARE(d.dateReturning->date(), QDate(2026, 11, 24));
+        QCOMPARE(returning(), QDateTime(QDate(2026, 11, 24), QTime(8, 0)));
         Clock::SetFixed(QDateTime(QDate(2026, 11, 23), QTime(10, 15, 40)));
         d.cmdTwoHour->click(); // no rounding; the seconds fall away in the picker's form
-        QCOMPARE(d.cboTime->time(), QTime(12, 15));
-        QCOMPARE(d.dateReturning->date(), QDate(2026, 11, 23));
+        QCOMPARE(returning(), QDateTime(QDate(2026, 11, 23), QTime(12, 15)));
     }
 
-    void okSendsTheChangeAndCancelSendsNothing() {
-        auto& d = open(person(1002));
-        button(d, QStringLiteral("Out"))->click();
+    // OK sends the chosen status for the row's person; the date argument carries the time
+    // behind the date. "Unknown" sends no moment even after a quick button, nor does In.
+    // Without a chosen status nothing is sent and the dialog stays for a choice.
+    void okSendsTheChange_data() {
+        columns<QString, bool, QString, QString>("status", "unknown", "comment", "statement");
+        row("out in an hour", "Out", false, "Lunch with Bob's client",
+            "EXEC tl_SetStatus 1002,8,'11/23/2026 11:00 AM','11:00 AM','Lunch with Bob''s "
+            "client',5001");
+        row("unknown moment", "Out", true, "", "EXEC tl_SetStatus 1002,8,NULL,NULL,NULL,5001");
+        row("in", "In", false, "", "EXEC tl_SetStatus 1002,3,NULL,NULL,NULL,5001");
+        row("no status chosen", "", false, "", "");
+    }
+    void okSendsTheChange() {
+        auto [status, unknown, comment, statement] =
+            fetch<QString, bool, QString, QString>("status", "unknown", "comment", "statement");
+        auto& d = open(person(1002, QStringLiteral("No such status")));
+        if (!status.isEmpty())
+            button(d, status)->click();
+        if (unknown)
+            d.chkUnknownDateTime->click();
         d.cmdOneHour->click();
-        d.txtComment->setText(QStringLiteral("Lunch with Bob's client"));
-        f.gateway->clear();
-        d.cmdOK->click();
-        const QStringList sent = f.gateway->statements();
-        // The date argument carries the time behind the date.
-        QCOMPARE(sent.value(0),
-                 QStringLiteral("EXEC tl_SetStatus 1002,8,'11/23/2026 11:00 AM','11:00 AM',"
-                                "'Lunch with Bob''s client',5001"));
-        QCOMPARE(TLMain().SelectedStatus().StatusSys, 8);
-        QVERIFY(!IsLoaded<frmTLStatus>());
-
-        auto& again = open(person(1002));
-        f.gateway->clear();
-        again.cmdCancel->click();
-        QVERIFY(f.gateway->statements().isEmpty());
-        QVERIFY(!IsLoaded<frmTLStatus>());
+        d.txtComment->setText(comment);
+        QCOMPARE(f.sentBy([&] { d.cmdOK->click(); }).value(0), statement);
+        QCOMPARE(IsLoaded<frmTLStatus>(), statement.isEmpty());
     }
 
-    void unknownDateTimeSendsNoMomentEvenAfterAQuickButton() {
+    void cancelSendsNothing() {
         auto& d = open(person(1002));
         button(d, QStringLiteral("Out"))->click();
-        d.chkUnknownDateTime->click();
-        QVERIFY(!d.dateReturning->isEnabled() && !d.cboTime->isEnabled());
-        d.cmdFourHour->click();
-        QCOMPARE(d.cboTime->time(), QTime(14, 0)); // changed while disabled
-        d.txtComment->clear();
-        f.gateway->clear();
-        d.cmdOK->click();
-        QCOMPARE(f.gateway->statements().value(0),
-                 QStringLiteral("EXEC tl_SetStatus 1002,8,NULL,NULL,NULL,5001"));
+        QVERIFY(f.sentBy([&] { d.cmdCancel->click(); }).isEmpty());
+        QVERIFY(!IsLoaded<frmTLStatus>());
     }
 
-    void withNoStatusChosenOkKeepsTheDialog() {
-        auto row = person(1002);
-        row->Status().StatusText = QStringLiteral("No such status");
-        auto& d = open(row);
-        for (QRadioButton* b : d.cboStatus)
-            QVERIFY(!b->isChecked());
-        f.gateway->clear();
-        d.cmdOK->click();
-        QVERIFY(f.gateway->statements().isEmpty());
-        QVERIFY(IsLoaded<frmTLStatus>() && d.isVisible());
-    }
-
+    // Eleven statuses a column; the twelfth starts a second column at the top, which then runs
+    // on downward: no third.
     void twelveStatusesStartASecondColumn_data() {
         columns<int>("count");
         row("eleven", 11);
@@ -173,20 +158,18 @@ private slots:
     }
     void twelveStatusesStartASecondColumn() {
         QFETCH(int, count);
-        auto& statuses = modTLMain::colStatuses();
         modTLMain::ClearStatuses();
         for (int i = 1; i <= count; ++i) {
             auto status = std::make_shared<TLStatus>();
             status->StatusSys = 100 + i;
             status->StatusText = QStringLiteral("Status %1").arg(i);
-            statuses.Add(status, status->Key());
+            modTLMain::colStatuses().Add(status, status->Key());
         }
         auto& d = open(std::make_shared<TLStatusRow>());
         QCOMPARE(int(d.cboStatus.size()), count);
         const QPoint first = d.cboStatus[0]->pos();
-        QCOMPARE(d.cboStatus[std::min(count, 11) - 1]->x(), first.x()); // eleven in one column
+        QCOMPARE(d.cboStatus[std::min(count, 11) - 1]->x(), first.x());
         if (count >= 12) {
-            // The twelfth starts a second column at the top, which runs on downward: no third.
             QVERIFY(d.cboStatus[11]->x() > first.x());
             QCOMPARE(d.cboStatus[11]->y(), first.y());
             QCOMPARE(d.cboStatus[count - 1]->x(), d.cboStatus[11]->x());
