@@ -38,7 +38,8 @@ public:
 class BaseTest : public QObject {
     Q_OBJECT
 private slots:
-    void positionsAreOneBasedAndKeysIgnoreCase() {
+    // Positions count from 1 and keys ignore case; a bad address raises the program's numbers.
+    void keyedCollections() {
         KeyedCollection<QString> c;
         c.Add(std::make_shared<QString>("three"), "3");
         c.Add(std::make_shared<QString>("Eight"), "Key8");
@@ -48,26 +49,17 @@ private slots:
         QCOMPARE(*c[3], QString("loose"));
         QCOMPARE(*c["key8"], QString("Eight"));
         QVERIFY(c.Contains("KEY8"));
-        c.Remove("3");
-        QCOMPARE(*c[1], QString("Eight"));
-    }
-
-    void badAddressesRaiseTheProgramsNumbers() {
-        KeyedCollection<int> c;
-        c.Add(std::make_shared<int>(1), "a");
-        auto numberOf = [](auto&& f) -> std::int32_t {
-            const auto failure = Guard(f);
-            return failure ? failure->number : 0;
-        };
-        QCOMPARE(numberOf([&] { c.Add(std::make_shared<int>(2), "A"); }), err::DuplicateKey);
+        const auto numberOf = [](auto&& f) { return Guard(f).value_or(Trapped{}).number; };
+        QCOMPARE(numberOf([&] { c.Add(std::make_shared<QString>(), "KEY8"); }), err::DuplicateKey);
         QCOMPARE(numberOf([&] { (void)c[0]; }), err::BadArgument);
-        QCOMPARE(numberOf([&] { (void)c[2]; }), err::BadArgument);
+        QCOMPARE(numberOf([&] { (void)c[4]; }), err::BadArgument);
         QCOMPARE(numberOf([&] { (void)c["missing"]; }), err::BadArgument);
         QCOMPARE(numberOf([&] { c.Remove(5); }), err::BadArgument);
+        c.Remove("3");
+        QCOMPARE(*c[1], QString("Eight"));
+        QCOMPARE(*c["KEY8"], QString("Eight")); // found at its new place
         // Clearing the way the program does: take Count once, then remove item 1 that often.
-        c.Add(std::make_shared<int>(3), "b");
-        const long n = c.Count();
-        for (long i = 0; i < n; ++i)
+        for (long i = 0, n = c.Count(); i < n; ++i)
             c.Remove(1);
         QCOMPARE(c.Count(), 0);
     }
@@ -82,25 +74,21 @@ private slots:
         QVERIFY(!Guard([] {}));
     }
 
-    void firstTouchMakesAndLoadsOnce() {
-        QVERIFY(!IsLoaded<frmTLFirst>());
+    // A form is made and loaded once, at its first touch; unloading forgets it and the next
+    // touch makes a new one; the active form is the active window.
+    void formsLiveFromFirstTouchToUnload() {
+        QVERIFY(!IsLoaded<frmTLFirst>() && FormRegistry::instance().activeForm() == nullptr);
         frmTLFirst& first = Form<frmTLFirst>();
-        QCOMPARE(loads, 1);
         QVERIFY(first.touchedDuringLoad);
         QCOMPARE(&Form<frmTLFirst>(), &first);
         QCOMPARE(loads, 1);
-        QCOMPARE(FormRegistry::instance().loadedNames(), QStringList{"frmtlfirst"});
-    }
-
-    void unloadForgetsAndNextTouchMakesANewOne() {
         QPointer<frmTLSecond> second = &Form<frmTLSecond>();
         QCOMPARE(FormRegistry::instance().loadedNames(),
                  (QStringList{"frmtlfirst", "frmtlsecond"}));
         QCOMPARE(FormRegistry::instance().findByName("FRMTLSECOND"), second.data());
         Unload<frmTLSecond>();
         QCOMPARE(frmTLSecond::unloads, 1);
-        QVERIFY(!IsLoaded<frmTLSecond>());
-        QVERIFY(second->isHidden());
+        QVERIFY(!IsLoaded<frmTLSecond>() && second->isHidden());
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(second.isNull());
         Form<frmTLSecond>();
@@ -108,11 +96,7 @@ private slots:
         Unload<frmTLSecond>(); // unloading twice is harmless
         Unload<frmTLSecond>();
         QCOMPARE(frmTLSecond::unloads, 2);
-    }
 
-    void activeFormIsTheActiveWindow() {
-        QVERIFY(FormRegistry::instance().activeForm() == nullptr);
-        frmTLFirst& first = Form<frmTLFirst>();
         first.show();
         first.activateWindow();
         QApplication::setActiveWindow(&first);
@@ -123,14 +107,11 @@ private slots:
 
     void numbers_data() {
         columns<QString, bool, double>("text", "numeric", "val");
-        row("whole", "180", true, 180.0);
         row("blanks around", "  42 ", true, 42.0);
-        row("fraction", "0.6", true, 0.6);
         row("leading point", ".5", true, 0.5);
         row("negative", "-3", true, -3.0);
         row("thousands", "1,000", true, 1.0);
         row("digits then letters", "12ab", false, 12.0);
-        row("letters", "abc", false, 0.0);
         row("empty", "", false, 0.0);
         row("lone sign", "-", false, 0.0);
         row("exponent", "1e3", true, 1000.0);
@@ -155,20 +136,16 @@ private slots:
     }
 
     void dates_data() {
-        // invalid: no date
-        columns<QString, QDateTime>("text", "moment");
+        columns<QString, QDateTime>("text", "moment"); // an invalid moment: no date
         row("short date", "3/7/2025", QDateTime(QDate(2025, 3, 7), QTime(0, 0)));
         row("padded with time", "03/07/2025 05:05 PM", QDateTime(QDate(2025, 3, 7), QTime(17, 5)));
         row("sentinel literal", "01/01/00 12:00AM", QDateTime(QDate(2000, 1, 1), QTime(0, 0)));
-        row("two digit year late", "1/1/99", QDateTime(QDate(1999, 1, 1), QTime(0, 0)));
         row("two digit year 29", "1/1/29", QDateTime(QDate(2029, 1, 1), QTime(0, 0)));
         row("two digit year 30", "1/1/30", QDateTime(QDate(1930, 1, 1), QTime(0, 0)));
-        row("unknown day", "1/1/1900 3:30 PM", QDateTime(QDate(1900, 1, 1), QTime(15, 30)));
         row("iso", "2024-01-01T09:13:00", QDateTime(QDate(2024, 1, 1), QTime(9, 13)));
         row("time alone", "8:00 AM", QDateTime(QDate(1899, 12, 30), QTime(8, 0)));
         row("24 hour", "23:30", QDateTime(QDate(1899, 12, 30), QTime(23, 30)));
         row("month name", "March 7, 2025", QDateTime(QDate(2025, 3, 7), QTime(0, 0)));
-        row("words", "next week", QDateTime());
         row("empty", "", QDateTime());
         row("bad day", "2/30/2025", QDateTime());
         row("bare number", "12", QDateTime());
@@ -185,9 +162,6 @@ private slots:
 
     void formats() {
         const QDateTime late(QDate(2025, 3, 7), QTime(23, 30, 15));
-        QCOMPARE(Format(late, "mm/dd/yyyy"), QString("03/07/2025"));
-        QCOMPARE(Format(late, "hh:mm AMPM"), QString("11:30 PM"));
-        QCOMPARE(Format(late.addSecs(3600), "hh:mm AMPM"), QString("12:30 AM"));
         QCOMPARE(Format(QDateTime(QDate(2025, 3, 7), QTime(0, 5)), "h:mm AMPM"),
                  QString("12:05 AM"));
         QCOMPARE(Format(QDateTime(QDate(2025, 3, 7), QTime(9, 5)), "hh:mm"), QString("09:05"));
