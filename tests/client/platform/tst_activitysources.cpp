@@ -1,3 +1,4 @@
+#include "FreshUserFolders.h"
 #include "platform/DesktopIdleActivitySource.h"
 #include "platform/OwnWindowsActivitySource.h"
 #include <QApplication>
@@ -43,11 +44,6 @@ class TestActivitySources : public QObject {
         QVERIFY(desktopBus().registerObject(path, monitor, QDBusConnection::ExportAllSlots));
         QVERIFY(desktopBus().registerService(service));
     }
-    void withdraw(const QString& service, const QString& path) {
-        desktopBus().unregisterObject(path);
-        desktopBus().unregisterService(service);
-    }
-
     QLineEdit window;
     std::unique_ptr<OwnWindowsActivitySource> own;
 
@@ -79,60 +75,50 @@ private slots:
         bus.waitForFinished();
     }
 
-    void onlyInputAfterThePreviousLookCountsAsMovement() {
-        std::optional<std::uint64_t> idle = 600000;
-        DesktopIdleActivitySource source([&] { return idle; });
-        const QPoint start = source.CursorPos(); // the first look starts the clock
-        QTest::qWait(120);
-        idle = 0; // input just now
-        QCOMPARE(source.CursorPos().x(), start.x() + 1);
-        QTest::qWait(120);
-        idle = 300; // the same input, seen again: older than this look's interval
-        QCOMPARE(source.CursorPos().x(), start.x() + 1);
-        QTest::qWait(120);
-        idle = std::nullopt; // the monitor went away: no input
-        QCOMPARE(source.CursorPos().x(), start.x() + 1);
-        QVERIFY(!source.AnyKeyActive());
-    }
-
-    void noMonitorOnTheBusNoSource() { QVERIFY(!DesktopIdleActivitySource::Create()); }
-
-    void gnomesMonitorComesFirst() {
+    // GNOME's monitor is asked when both are on the bus, the screen saver's when it is alone, and
+    // with neither there is no source.
+    void theDesktopsMonitorIsFound() {
+        QVERIFY(!DesktopIdleActivitySource::Create());
         offer(&gnome, QStringLiteral("org.gnome.Mutter.IdleMonitor"),
               QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core"));
         offer(&kde, QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/ScreenSaver"));
         auto source = DesktopIdleActivitySource::Create();
         QVERIFY(source);
         QCOMPARE(source->Monitor(), QStringLiteral("org.gnome.Mutter.IdleMonitor"));
-        const int x = source->CursorPos().x();
+        QCOMPARE(source->CursorPos(), QPoint(0, 0)); // the first look starts the clock
         QTest::qWait(150);
-        QCOMPARE(source->CursorPos().x(), x); // quiet for ten minutes
+        QCOMPARE(source->CursorPos(), QPoint(0, 0)); // quiet for ten minutes
         gnome.idle = 20;
         QTest::qWait(150);
-        QCOMPARE(source->CursorPos().x(), x + 1);
-        withdraw(QStringLiteral("org.gnome.Mutter.IdleMonitor"),
-                 QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core"));
-    }
+        QCOMPARE(source->CursorPos(), QPoint(1, 0));
+        gnome.idle = 1000; // the same input, seen again: older than this look's interval
+        QTest::qWait(150);
+        QCOMPARE(source->CursorPos(), QPoint(1, 0));
+        gnome.idle = 0; // but the monitor goes away: no input
+        desktopBus().unregisterService(QStringLiteral("org.gnome.Mutter.IdleMonitor"));
+        QTest::qWait(150);
+        QCOMPARE(source->CursorPos(), QPoint(1, 0));
+        QVERIFY(!source->AnyKeyActive());
 
-    void theScreenSaversAnswerServesElsewhere() {
-        auto source = DesktopIdleActivitySource::Create();
+        source = DesktopIdleActivitySource::Create();
         QVERIFY(source);
         QCOMPARE(source->Monitor(), QStringLiteral("org.freedesktop.ScreenSaver"));
-        const int x = source->CursorPos().x();
+        QCOMPARE(source->CursorPos(), QPoint(0, 0));
         kde.idle = 10;
         QTest::qWait(150);
-        QCOMPARE(source->CursorPos().x(), x + 1);
-        withdraw(QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/ScreenSaver"));
+        QCOMPARE(source->CursorPos(), QPoint(1, 0));
     }
 
-    void motionOverAWindowGivesThePointerOnTheScreen() {
+    // Motion gives the pointer on the screen. A key or click is seen once, a held key until its
+    // release or until the program is left.
+    void inputToTheProgramsWindows() {
         QTest::mouseMove(&window, QPoint(30, 10));
         QTRY_COMPARE(own->CursorPos(), window.mapToGlobal(QPoint(30, 10)));
         QVERIFY(!own->AnyKeyActive());
-    }
-
-    void aKeyIsSeenOnceAndAHeldKeyUntilItsRelease() {
         QTest::keyClick(&window, Qt::Key_A);
+        QVERIFY(own->AnyKeyActive());
+        QVERIFY(!own->AnyKeyActive());
+        QTest::mouseClick(&window, Qt::LeftButton);
         QVERIFY(own->AnyKeyActive());
         QVERIFY(!own->AnyKeyActive());
         QTest::keyPress(&window, Qt::Key_Shift);
@@ -140,15 +126,6 @@ private slots:
         QVERIFY(own->AnyKeyActive());
         QTest::keyRelease(&window, Qt::Key_Shift);
         QVERIFY(!own->AnyKeyActive());
-    }
-
-    void aClickIsSeen() {
-        QTest::mouseClick(&window, Qt::LeftButton);
-        QVERIFY(own->AnyKeyActive());
-        QVERIFY(!own->AnyKeyActive());
-    }
-
-    void leavingTheProgramForgetsKeysHeld() {
         QTest::keyPress(&window, Qt::Key_Control);
         QEvent away(QEvent::ApplicationDeactivate);
         QCoreApplication::sendEvent(qApp, &away);
@@ -157,9 +134,5 @@ private slots:
     }
 };
 
-int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    TestActivitySources test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVLO_TEST_MAIN_WITH(QApplication, TestActivitySources)
 #include "tst_activitysources.moc"

@@ -2,7 +2,6 @@
 #include "Rows.h"
 #include "platform/AutoStart.h"
 #include "platform/CommandLine.h"
-#include "platform/Desktop.h"
 #include "platform/HostInfo.h"
 #include "platform/NetworkState.h"
 #include "platform/SettingsStore.h"
@@ -57,40 +56,39 @@ QString everyByte() {
     return text;
 }
 
+// Undoes backslash escapes up to an unescaped `end`; the entry's string layer also spells a
+// blank as "\s" (the paths here hold no line breaks or tabs, its other letter escapes).
+QString unescape(const QString& text, QChar end, bool stringLayer) {
+    QString out;
+    for (qsizetype i = 0; i < text.size() && text[i] != end; ++i) {
+        const bool escaped = text[i] == u'\\' && i + 1 < text.size();
+        if (escaped)
+            ++i;
+        out += stringLayer && escaped && text[i] == u's' ? QChar(u' ') : text[i];
+    }
+    return out;
+}
+
 // The program the entry's Exec line runs, read as a session manager does: the line's string
-// escapes undone (a path holds no line breaks, so "\s" is the only letter one), then its first
-// argument unquoted, and "%%" is one percent sign.
+// escapes undone, then its first argument unquoted, and "%%" is one percent sign. An entry the
+// validator refuses gives its complaint instead.
 QString programOfEntry(const QString& path) {
+    QProcess validate;
+    validate.start(QStringLiteral("desktop-file-validate"), {path});
+    validate.waitForFinished(30000);
+    const QByteArray said = validate.readAllStandardOutput();
+    if (validate.exitStatus() != QProcess::NormalExit || validate.exitCode() != 0 ||
+        !said.isEmpty())
+        return QStringLiteral("invalid: ") + QString::fromUtf8(said);
     QFile file(path);
     QString line;
     if (file.open(QIODevice::ReadOnly))
         for (const QByteArray& each : file.readAll().split('\n'))
             if (each.startsWith("Exec="))
-                line = QString::fromUtf8(each.mid(5));
-    QString unescaped;
-    for (qsizetype i = 0; i < line.size(); ++i) {
-        const bool escaped = line[i] == u'\\' && i + 1 < line.size();
-        if (escaped)
-            ++i;
-        unescaped += escaped && line[i] == u's' ? QChar(u' ') : line[i];
-    }
-    if (!unescaped.startsWith(u'"'))
-        return unescaped.section(u' ', 0, 0).replace(QStringLiteral("%%"), QStringLiteral("%"));
-    QString program;
-    for (qsizetype i = 1; i < unescaped.size() && unescaped[i] != u'"'; ++i) {
-        if (unescaped[i] == u'\\' && i + 1 < unescaped.size())
-            ++i;
-        program += unescaped[i];
-    }
+                line = unescape(QString::fromUtf8(each.mid(5)), QChar(), true);
+    QString program =
+        line.startsWith(u'"') ? unescape(line.mid(1), u'"', false) : line.section(u' ', 0, 0);
     return program.replace(QStringLiteral("%%"), QStringLiteral("%"));
-}
-
-void expectValidEntry(const QString& path) {
-    QProcess validate;
-    validate.start(QStringLiteral("desktop-file-validate"), {path});
-    QVERIFY(validate.waitForFinished(30000));
-    QVERIFY2(validate.exitCode() == 0, validate.readAllStandardOutput().constData());
-    QCOMPARE(validate.readAllStandardOutput(), QByteArray());
 }
 
 // Runs a program (this one, by default) with the variable that makes it a probe set.
@@ -118,13 +116,11 @@ private slots:
     void cleanup() {
         NetworkInterfaces::SetSource({});
         CommandLine::SetArguments(std::nullopt);
-        Desktop::SetOpener({});
         QFile::remove(configFile("autostart/tavlo.desktop"));
     }
 
     void isNetworkAlive_data() {
         columns<List, bool>("interfaces", "alive");
-        row("no interfaces", List{}, false);
         row("loopback only", List{kLoopback}, false);
         row("cable out", List{kLoopback, kUnplugged}, false);
         row("interface down", List{kLoopback, kDown}, false);
@@ -172,18 +168,6 @@ private slots:
         QCOMPARE(CommandLine::HasIgnoreNetwork(), ignoreNetwork);
     }
 
-    void desktopOpensOnlyUsableUrls() {
-        const QUrl page(QStringLiteral("http://localhost:8080/Administrator.asp?x=1"));
-        QList<QUrl> opened;
-        Desktop::SetOpener([&](const QUrl& url) {
-            opened << url;
-            return true;
-        });
-        QVERIFY(Desktop::OpenUrl(page));
-        QVERIFY(!Desktop::OpenUrl(QUrl()));
-        QCOMPARE(opened, QList<QUrl>{page});
-    }
-
     void textRoundTrips_data() {
         columns<QString>("value");
         row("empty", QString());
@@ -199,33 +183,25 @@ private slots:
         QCOMPARE(read(kKey, "Password"), std::optional<QString>(value));
     }
 
-    // The program's key is the INI file Norvane/Tavlo.conf, each value a top-level key; deeper
-    // keys are its groups, and another program's key is another file.
+    // The program's key is the INI file Norvane/Tavlo.conf, each value a top-level key, deeper
+    // keys its groups, another program's key another file. A change made behind the program's
+    // back is seen at the next read, and a delete removes only its value.
     void keysAreFilesAndGroups() {
         const QString deeper = kKey + QStringLiteral("\\Windows\\Board");
-        QVERIFY(write(kKey, "MaxColumns", QStringLiteral("7")));
+        QVERIFY(write(kKey, "IdleTime", QStringLiteral("15")));
         QVERIFY(write(deeper, "Left", QStringLiteral("10")));
         QVERIFY(write(QStringLiteral("Software\\Someone\\Else"), "Left", QStringLiteral("20")));
         QCOMPARE(read(kKey, "Left"), std::nullopt);
-        QCOMPARE(read(deeper, "Left"), QStringLiteral("10"));
         QSettings file(configFile("Norvane/Tavlo.conf"), QSettings::IniFormat);
-        QCOMPARE(file.allKeys(), QStringList({"MaxColumns", "Windows/Board/Left"}));
-        QCOMPARE(file.value(QStringLiteral("MaxColumns")).toString(), QStringLiteral("7"));
+        QCOMPARE(file.allKeys(), QStringList({"IdleTime", "Windows/Board/Left"}));
         QSettings other(configFile("Someone/Else.conf"), QSettings::IniFormat);
         QCOMPARE(other.value(QStringLiteral("Left")).toString(), QStringLiteral("20"));
-    }
-
-    // A value changed behind the program's back is seen at the next read; a delete removes only
-    // its value.
-    void readsSeeOutsideChangesAndDeletesOneValue() {
-        write(kKey, "IdleTime", QStringLiteral("15"));
-        write(kKey, "UserName", QStringLiteral("ann"));
-        QSettings(configFile("Norvane/Tavlo.conf"), QSettings::IniFormat)
-            .setValue(QStringLiteral("IdleTime"), QStringLiteral("45 minutes"));
+        file.setValue(QStringLiteral("IdleTime"), QStringLiteral("45 minutes"));
+        file.sync();
         QCOMPARE(read(kKey, "IdleTime"), QStringLiteral("45 minutes"));
         QVERIFY(SettingsStore::DeleteValue(RegistryRoot::CurrentUser, kKey, "IdleTime"));
         QCOMPARE(read(kKey, "IdleTime"), std::nullopt);
-        QCOMPARE(read(kKey, "UserName"), QStringLiteral("ann"));
+        QCOMPARE(read(deeper, "Left"), QStringLiteral("10"));
     }
 
     void nonTextValuesCountAsAbsent_data() {
@@ -268,7 +244,6 @@ private slots:
         QCOMPARE(AutoStart::EntryLocation(), configFile("autostart/tavlo.desktop"));
         QCOMPARE(QDir(configFile("autostart")).entryList(QDir::Files),
                  QStringList{"tavlo.desktop"});
-        expectValidEntry(AutoStart::EntryLocation());
         QCOMPARE(programOfEntry(AutoStart::EntryLocation()),
                  QCoreApplication::applicationFilePath());
         QVERIFY(AutoStart::Remove());
@@ -288,7 +263,6 @@ private slots:
         const auto child = startProbe("TAVLO_AUTOSTART_PROBE", copy);
         QVERIFY(child->waitForFinished(30000));
         QCOMPARE(child->exitCode(), 0);
-        expectValidEntry(AutoStart::EntryLocation());
         QCOMPARE(programOfEntry(AutoStart::EntryLocation()), copy);
     }
 
@@ -335,14 +309,12 @@ private slots:
         SingleInstance first(QStringLiteral("tavlo-test-stray"));
         QVERIFY(first.Claim());
         QSignalSpy raised(&first, &SingleInstance::RaiseRequested);
-        {
-            QLocalSocket stray;
-            stray.connectToServer(first.ServerName());
-            QVERIFY(stray.waitForConnected(5000));
-            stray.write(request);
-            stray.waitForBytesWritten(5000);
-            stray.disconnectFromServer();
-        }
+        QLocalSocket stray;
+        stray.connectToServer(first.ServerName());
+        QVERIFY(stray.waitForConnected(5000));
+        stray.write(request);
+        stray.waitForBytesWritten(5000);
+        stray.disconnectFromServer();
         SingleInstance second(QStringLiteral("tavlo-test-stray"));
         QVERIFY(second.AskFirstToRaise(QStringLiteral("Board")));
         QTRY_COMPARE(raised.size(), 1);

@@ -1,4 +1,5 @@
 #include "FreshUserFolders.h"
+#include "Rows.h"
 #include "StubGateway.h"
 #include "base/MsgBox.h"
 #include "base/TLError.h"
@@ -27,7 +28,6 @@ class TestReportAnomaly : public QObject {
         }
         return text;
     }
-    QString postedStatement() const { return PostedStatements(*server).value(0); }
 
 private slots:
     void init() {
@@ -46,32 +46,27 @@ private slots:
         });
     }
 
+    void aReportReachesLogBoxAndServer_data() {
+        columns<QString, QString, QString>("text", "description", "reported");
+        row("only the description's quotes go", "Can't load", "It's bad", "Can't load: It*s bad");
+        row("cut at 250", QString(300, QLatin1Char('x')), "Object variable not set",
+            QString(250, QLatin1Char('x')));
+    }
     // Nobody signed in: the user and contact keys are 0.
     void aReportReachesLogBoxAndServer() {
-        const QString text = report(QStringLiteral("frmTLView:LoadGrid"),
-                                    QStringLiteral("Can't load"), 5, QStringLiteral("It's bad"));
-        QCOMPARE(text, QStringLiteral("Can't load: It*s bad")); // only the description's quotes go
-        QCOMPARE(logAtBox, QStringList{QStringLiteral(
-                               "Can't load: It*s bad|~~|5|~~|frmTLView:LoadGrid|~~|0|~~|")});
+        auto [text, description, reported] =
+            fetch<QString, QString, QString>("text", "description", "reported");
+        QCOMPARE(report(QStringLiteral("frmTLView:LoadGrid"), text, 5, description), reported);
+        QCOMPARE(logAtBox, QStringList{reported + "|~~|5|~~|frmTLView:LoadGrid|~~|0|~~|"});
         QCOMPARE(boxes.size(), 1);
         QCOMPARE(boxes[0].title, QStringLiteral("Anomaly Report ::frmTLView:LoadGrid"));
         QCOMPARE(boxes[0].icon(), int(vb::vbCritical));
-        QCOMPARE(boxes[0].text, text);
-        QCOMPARE(server->requests().size(), 1);
-        const QString expected =
-            QStringLiteral("EXECUTE LogAnomaly 'Can't load: It*s bad',5,"
-                           "'frmTLView:LoadGrid','tst_reportanomaly %1',0,'','%2'")
-                .arg(AppVersion::Text(), TLMain().ComputerName());
-        QCOMPARE(postedStatement(), expected);
+        QCOMPARE(boxes[0].text, reported);
+        QCOMPARE(PostedStatements(*server),
+                 QStringList{QStringLiteral("EXECUTE LogAnomaly '%1',5,'frmTLView:LoadGrid',"
+                                            "'tst_reportanomaly %2',0,'','%3'")
+                                 .arg(reported, AppVersion::Text(), TLMain().ComputerName())});
         QVERIFY(!QFile::exists(QStringLiteral("brelo.log")));
-    }
-
-    void longTextsAreCut() {
-        const QString text = report(QStringLiteral("p"), QString(300, QLatin1Char('x')), 91,
-                                    QStringLiteral("Object variable not set"));
-        QCOMPARE(text, QString(250, QLatin1Char('x')));
-        QVERIFY(postedStatement().startsWith(QStringLiteral("EXECUTE LogAnomaly '") + text +
-                                             QStringLiteral("',91,")));
     }
 
     void aFailedSendLeavesNoLog() {
