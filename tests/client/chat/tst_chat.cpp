@@ -20,19 +20,15 @@ QString formats(QTextEdit* rtb) {
     QString codes;
     const QString text = rtb->toPlainText();
     for (int i = 0; i < text.size(); ++i) {
-        if (text.at(i) == QLatin1Char('\n'))
-            continue;
         QTextCursor at(rtb->document());
         at.setPosition(i + 1);
         const QTextCharFormat format = at.charFormat();
-        const bool bold = format.fontWeight() >= QFont::Bold;
-        const QColor color = format.foreground().style() == Qt::NoBrush
-                                 ? QColor(Qt::black)
-                                 : format.foreground().color();
-        codes += color == QColor(255, 0, 0)   ? QLatin1Char('R')
-                 : color == QColor(0, 0, 255) ? QLatin1Char('B')
-                 : bold                       ? QLatin1Char('K')
-                                              : QLatin1Char('k');
+        const QColor color = format.foreground().color(); // black where none is set
+        if (text.at(i) != QLatin1Char('\n'))
+            codes += color == QColor(255, 0, 0)           ? 'R'
+                     : color == QColor(0, 0, 255)         ? 'B'
+                     : format.fontWeight() >= QFont::Bold ? 'K'
+                                                          : 'k';
     }
     return codes;
 }
@@ -94,21 +90,22 @@ private slots:
     }
 
     // A first-time user is refused, registers and comes online with no message; the next
-    // sign-in goes straight in. The server hears ", 1" on connecting and ", 0" at sign-out.
-    void firstSignInRegistersTheNextGoesStraightIn() {
+    // sign-in goes straight in. The server hears ", 1" on connecting and ", 0" whenever the
+    // connection goes: at sign-out, when the network watch finds no network (the next poll
+    // connects again), and when the chat server goes away (the user is told; chat is off).
+    void connectionComesAndGoes() {
         const QString on = QStringLiteral("EXEC tl_UpdateChatStatus 1001, 1");
+        const QStringList off{QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")};
         QVERIFY(signIn(QStringLiteral("ann")));
         QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
         QTRY_COMPARE(sent(on), 2); // the first connect and the one that registers
         QVERIFY(f.boxes.isEmpty());
-        QVERIFY(TLMain().Settings().ChatConnected);
         QCOMPARE(panel(), QStringLiteral("Chat: Online"));
         QVERIFY(board().mnuChat->isEnabled() &&
                 Form<frmTLMain>().mnuSendInstantMessage->isEnabled());
         QCOMPARE(chatFlag(1001), 1);
-
         TLMain().ActiveUser().Logout();
-        QCOMPARE(sent(QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")), 1);
+        QCOMPARE(sent(off[0]), 1);
         QVERIFY(!board().Socket);
         QCOMPARE(chatFlag(1001), 0);
 
@@ -117,6 +114,27 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
         QTest::qWait(300);
         QCOMPARE(sent(on), 1);
+
+        NetworkInterfaces::SetSource(&FakeNetwork::OnlyLoopback);
+        QCOMPARE(f.sentBy([] { Form<frmTLMain>().tmrCheckNetwork_Timer(); }), off);
+        QVERIFY(!board().Socket && !TLMain().Settings().ChatConnected);
+        QVERIFY(!Form<frmTLMain>().mnuLeaveMessage->isEnabled());
+        QVERIFY(f.sentBy([] { Form<frmTLMain>().tmrUpdateStatus_Timer(); }).isEmpty());
+        NetworkInterfaces::SetSource(&FakeNetwork::Wired);
+        Form<frmTLMain>().tmrUpdateStatus_Timer();
+        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
+        QCOMPARE(f.gateway->statements().last(), on);
+
+        f.gateway->clear();
+        chat->stop();
+        QTRY_VERIFY_WITH_TIMEOUT(!board().Socket, kWait);
+        QCOMPARE(f.boxes.texts(),
+                 QStringList{QStringLiteral("Sorry, you are not currently "
+                                            "connected to the Tavlo Chat Server.")});
+        QCOMPARE(f.gateway->statements(), off);
+        QCOMPARE(panel(), QStringLiteral("Chat: Offline"));
+        QVERIFY(!board().mnuChat->isEnabled());
+        chat.reset(); // the next test starts a server of its own
     }
 
     // Chat switched off for the organisation: no connection is ever made, ", 0" every time.
@@ -129,27 +147,6 @@ private slots:
         board().StatusBarBottom_PanelClick(QStringLiteral("chatstatus"));
         QVERIFY(!board().Socket);
         QCOMPARE(panel(), QStringLiteral("Chat: Offline"));
-    }
-
-    // The network watch drops the connection at once; the next poll tick connects again.
-    void networkLossDisconnectsAndThePollReconnects() {
-        QVERIFY(signIn(QStringLiteral("ann")));
-        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
-        NetworkInterfaces::SetSource(&FakeNetwork::OnlyLoopback);
-        f.gateway->clear();
-        Form<frmTLMain>().tmrCheckNetwork_Timer();
-        QCOMPARE(f.gateway->statements(),
-                 QStringList{QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")});
-        QVERIFY(!board().Socket && !TLMain().Settings().ChatConnected);
-        QVERIFY(!Form<frmTLMain>().mnuLeaveMessage->isEnabled());
-        Form<frmTLMain>().tmrUpdateStatus_Timer(); // no network: nothing
-        QCOMPARE(f.gateway->statements().size(), 1);
-
-        NetworkInterfaces::SetSource(&FakeNetwork::Wired);
-        Form<frmTLMain>().tmrUpdateStatus_Timer();
-        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
-        QCOMPARE(f.gateway->statements().last(),
-                 QStringLiteral("EXEC tl_UpdateChatStatus 1001, 1"));
     }
 
     // A peer's messages open one window per full address; one's own lines go out filtered.
@@ -209,23 +206,6 @@ private slots:
                  QStringLiteral("<bob> still there?"));
     }
 
-    // The chat server going away: the user is told and chat is switched off until the poll.
-    void aLostChatServerSwitchesChatOff() {
-        QVERIFY(signIn(QStringLiteral("ann")));
-        QTRY_VERIFY_WITH_TIMEOUT(online(), kWait);
-        f.gateway->clear();
-        chat->stop();
-        QTRY_VERIFY_WITH_TIMEOUT(!board().Socket, kWait);
-        QCOMPARE(f.boxes.size(), 1);
-        QCOMPARE(
-            f.boxes[0].text,
-            QStringLiteral("Sorry, you are not currently connected to the Tavlo Chat Server."));
-        QCOMPARE(f.gateway->statements(),
-                 QStringList{QStringLiteral("EXEC tl_UpdateChatStatus 1001, 0")});
-        QCOMPARE(panel(), QStringLiteral("Chat: Offline"));
-        QVERIFY(!board().mnuChat->isEnabled());
-    }
-
     // The connection alone: a closed port is refused in words, and a socket deleted by its own
     // error handler raises nothing more.
     void socketFailures() {
@@ -254,14 +234,12 @@ private slots:
         QCOMPARE(lonelyErrors.last().at(1).toString(), QStringLiteral("Not Connected"));
     }
 
-    // Names in bold colour (red for four characters, as "<me>"), earlier text plain, the
+    // Names in bold colour (red for any four characters, as "<me>"), earlier text plain, the
     // newest text bold; a "<" with no ">" runs to the end as a name.
     void colorNames_data() {
         columns<QString, QString>("log", "codes");
-        row("me", "<me> hi", "RRRRkKK");
         row("two lines", "<bob> hi\r\n<me> yo", "BBBBBkkkRRRRkKK");
         row("two letters", "<al> x", "RRRRkK");
-        row("three letters", "<bob> x", "BBBBBkK");
         row("lone <", "<bob> a < b", "BBBBBkkkBBB");
         row("< at the end", "<bob> <", "BBBBBkB");
         row("text before a name", "x <bob> hi", "kkBBBBBkKK");
