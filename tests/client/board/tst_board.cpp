@@ -1,7 +1,6 @@
 #include "Rows.h"
 #include "Screenshot.h"
 #include "SignInFixture.h"
-#include "base/Twips.h"
 #include "board/frmTLView.h"
 #include "directory/TLStatusRow.h"
 #include "identity/frmTLLogin.h"
@@ -63,13 +62,6 @@ class TestBoard : public QObject {
         return grid().model()->data(grid().model()->index(row - 1, col - 1), role);
     }
 
-    // The view shows what the sheet holds: as many rows, each name where the sheet has it.
-    void viewShowsTheSheet() {
-        QCOMPARE(grid().model()->rowCount(), grid().MaxRows());
-        for (int r = 1; r <= grid().MaxRows(); ++r)
-            QCOMPARE(cellData(r, 2, Qt::DisplayRole).toString(), cellText(r, 2));
-    }
-
     // The pop-up menu's In, Out, Unavailable and Other, 1 for each enabled; closes the menu.
     QString statusEntriesEnabled() {
         QString enabled;
@@ -104,7 +96,6 @@ private slots:
             f.postAs(QStringLiteral("erin"), QStringLiteral("EXEC tl_UpdateChatStatus 1005, 1")));
         board().ReloadGrid();
         QCOMPARE(grid().MaxRows(), 40);
-        QCOMPARE(board().windowTitle(), QStringLiteral("Tavlo Standard View"));
         QCOMPARE(shownRow(0), QStringLiteral("My|Name|Ext|Status|Returning|Time|Comment"));
         QCOMPARE(shownRow(1), QStringLiteral("0|Abbott, Olga|214|In|||"));
         QCOMPARE(shownRow(standardRowOf(1002)), QStringLiteral("1|Marsh, Bob|201|In|||"));
@@ -115,32 +106,22 @@ private slots:
         QVERIFY(grid().verticalHeader()->isHidden());
         // From the second row on the name column is centred.
         QCOMPARE(cellData(1, 2, Qt::TextAlignmentRole).toInt(), int(Qt::AlignCenter));
-        QVERIFY(grid().columnWidth(6) > 0); // the comment takes the rest
         QVERIFY(SaveScreenshot(&board(), QStringLiteral("board-standard")));
     }
 
-    // Names only, so many across; the row counter moves on after the last name, so an exact
-    // multiple ends with an empty row.
-    void miniView_data() {
-        columns<int, int>("across", "rows");
-        row("five across, an exact multiple", 5, 9);
-        row("six across", 6, 7);
-    }
+    // Names only, five across here; the row counter moves on after the last name, so 40 people
+    // end with an empty ninth row.
     void miniView() {
-        auto [across, rows] = fetch<int, int>("across", "rows");
-        TLMain().Settings().SetMaxColumns(across);
+        TLMain().Settings().SetMaxColumns(5);
         board().TabCategories->SelectKey(QStringLiteral("ViewChoiceMini"));
         QCOMPARE(board().windowTitle(), QStringLiteral("Tavlo Mini View"));
-        QCOMPARE(grid().MaxCols(), across + 2);
-        QCOMPARE(grid().MaxRows(), rows);
+        QCOMPARE(grid().MaxCols(), 7);
+        QCOMPARE(grid().MaxRows(), 9);
         QVERIFY(grid().horizontalHeader()->isHidden() && grid().isColumnHidden(0));
-        for (int c = 2; c <= across + 1; ++c)
-            QCOMPARE(grid().columnWidth(c - 1), Twips::ToPixelsX(2000, &grid()));
-        QVERIFY(grid().isColumnHidden(across + 1)); // the spare column no name reaches
+        QVERIFY(!grid().isColumnHidden(5) && grid().isColumnHidden(6)); // no name reaches 7
         int i = 0;
         for (const auto& entry : modTLMain::colContacts()) {
-            QCOMPARE(board().ContactKeys.At(1 + i / across, 2 + i % across), entry.item->Key());
-            QVERIFY(cellText(1 + i / across, 2 + i % across)
+            QVERIFY(cellText(1 + i / 5, 2 + i % 5)
                         .startsWith(entry.item->Contact().LastNameFirstName()));
             ++i;
         }
@@ -150,11 +131,9 @@ private slots:
         QVERIFY(!sent.join(' ').contains(QStringLiteral("MyFriends")));
         QCOMPARE(LoadedForm<frmTLStatus>()->lblName->text(), QStringLiteral("Olga Abbott"));
         Unload<frmTLStatus>();
-        if (across == 5)
-            QVERIFY(SaveScreenshot(&board(), QStringLiteral("board-mini")));
+        QVERIFY(SaveScreenshot(&board(), QStringLiteral("board-mini")));
 
         board().TabCategories->SelectKey(QStringLiteral("ViewChoiceStandard"));
-        QCOMPARE(grid().MaxCols(), 7);
         QVERIFY(!grid().horizontalHeader()->isHidden() && !grid().isColumnHidden(0));
     }
 
@@ -162,13 +141,11 @@ private slots:
         QStringList sent = f.sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("KEY1")); });
         QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_GetUserStatuses 1,NULL,1,5001,NULL")});
         QCOMPARE(grid().MaxRows(), 14);
-        viewShowsTheSheet(); // fewer rows than the load before
 
         sent = f.sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("MyFriends")); });
         QCOMPARE(sent, QStringList{QStringLiteral("EXEC tl_GetMyFriendsList 5001,1")});
         QCOMPARE(TLMain().ActiveGroup().GroupSys, 1); // the friends list keeps the group
         QCOMPARE(grid().MaxRows(), 4);
-        viewShowsTheSheet();
 
         sent = f.sentBy([&] { board().TabGroups->SelectKey(QStringLiteral("AllKey")); });
         QCOMPARE(sent,
@@ -196,7 +173,7 @@ private slots:
         QCOMPARE(rowsWhenRemoved, 4); // the row went before the server was asked
         QCOMPARE(grid().MaxRows(), 4);
         QCOMPARE(standardRowOf(1004), 0);
-        viewShowsTheSheet(); // the rows below moved up
+        QCOMPARE(grid().model()->rowCount(), 4); // the view follows the sheet
     }
 
     void friendByMenuSendsTheUserNumber() {
@@ -306,6 +283,7 @@ private slots:
         b.show();
         QVERIFY(QTest::qWaitForWindowExposed(&b));
         b.ToolbarButton(3)->trigger();
+        QVERIFY(b.fmeSearch->isVisible());
         b.txtName->setText(name);
         b.txtExtension->setText(extension);
         b.txtOrganization->setText(organisation);
@@ -319,19 +297,10 @@ private slots:
         QCOMPARE(f.boxes.texts().join(QString()), box);
         QCOMPARE(grid().MaxRows(), rows);
         QCOMPARE(QApplication::focusWidget(), b.txtName);
-    }
-
-    void searchPaneKeepsItsTexts() {
-        auto& b = board();
-        b.ToolbarButton(3)->trigger();
-        QVERIFY(b.SearchVisible && b.fmeSearch->isVisible());
-        QVERIFY(SaveScreenshot(&b, QStringLiteral("board-search")));
-        b.txtName->setText(QStringLiteral("Lee"));
-        b.cmdAction[1]->click();
-        QVERIFY(!b.SearchVisible && !b.fmeSearch->isVisible());
-        QVERIFY(!b.ToolbarButton(3)->isChecked());
-        b.ToolbarButton(3)->trigger();
-        QCOMPARE(b.txtName->text(), QStringLiteral("Lee"));
+        if (!extension.isEmpty())
+            QVERIFY(SaveScreenshot(&b, QStringLiteral("board-search")));
+        b.cmdAction[1]->click(); // closes the pane and lets go of its button
+        QVERIFY(!b.fmeSearch->isVisible() && !b.ToolbarButton(3)->isChecked());
     }
 
     // The count runs only while the board is on screen, and only reaching the interval
@@ -373,9 +342,7 @@ private slots:
         QCOMPARE(f.boxes.texts(),
                  QStringList{QStringLiteral("The Help has not been installed on this system.")});
         QVERIFY(QDir().mkpath(QFileInfo(frmTLView::HelpFilePath()).path()));
-        QFile help(frmTLView::HelpFilePath());
-        QVERIFY(help.open(QIODevice::WriteOnly));
-        help.close();
+        QVERIFY(QFile(frmTLView::HelpFilePath()).open(QIODevice::WriteOnly)); // empty will do
         b.ToolbarButton(6)->trigger();
         QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile(frmTLView::HelpFilePath())});
         QFile::remove(frmTLView::HelpFilePath());
@@ -391,22 +358,15 @@ private slots:
 
     // The read of one's own status failing shows the gateway's box and still opens the dialog,
     // which then names nobody.
-    void myStatusOpensTheDialogOnOneself_data() {
-        columns<bool, QString>("readFails", "name");
-        row("read answered", false, "Ann Lee");
-        row("read fails", true, " ");
-    }
-    void myStatusOpensTheDialogOnOneself() {
-        auto [readFails, name] = fetch<bool, QString>("readFails", "name");
-        if (readFails)
-            f.gateway->setFailing([](const QString& statement) {
-                return statement == QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1001");
-            });
+    void myStatusOpensTheDialogEvenWhenTheReadFails() {
+        f.gateway->setFailing([](const QString& statement) {
+            return statement == QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1001");
+        });
         board().ToolbarButton(1)->trigger();
         f.gateway->setFailing(nullptr);
-        QCOMPARE(f.boxes.size(), readFails ? 1 : 0);
+        QCOMPARE(f.boxes.size(), 1);
         QVERIFY(LoadedForm<frmTLStatus>()->isVisible());
-        QCOMPARE(LoadedForm<frmTLStatus>()->lblName->text(), name);
+        QCOMPARE(LoadedForm<frmTLStatus>()->lblName->text(), QStringLiteral(" "));
         Unload<frmTLStatus>();
     }
 

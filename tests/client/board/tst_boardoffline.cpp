@@ -114,6 +114,8 @@ private slots:
 
     void rowDataFollowsRowsAndGoesWithTheSheet() {
         SpreadGrid grid;
+        QAbstractItemModelTester tester(grid.model(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
         sheet(grid, 4, 2);
         for (int r = 1; r <= 4; ++r) {
             grid.SetRowItemData(r, 1000 + r);
