@@ -31,10 +31,6 @@ int columnOf(const Rowset& r, const QString& name) {
     qFatal("no column %s", qPrintable(name));
 }
 
-QVariant value(const Rowset& r, std::size_t row, const QString& name) {
-    return r.rows.at(row).at(std::size_t(columnOf(r, name)));
-}
-
 // The number of the failure a call raises, or 0 when it succeeds.
 template <class F> std::int32_t failureOf(F&& f) {
     try {
@@ -61,6 +57,20 @@ const char* kHead = "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'\n"
 // A one-column rowset whose data element holds the given text.
 QByteArray withData(const QByteArray& data) {
     return QByteArray(kHead) + data + "\n</xml>";
+}
+
+// The rows a rowset holds: values apart by ',' (texts quoted, Null as NULL), rows by '|'.
+QString rowsOf(const Rowset& r) {
+    QStringList rows;
+    for (const auto& row : r.rows) {
+        QStringList values;
+        for (const QVariant& v : row)
+            values << (!v.isValid()                       ? QString("NULL")
+                       : v.typeId() == QMetaType::QString ? "'" + v.toString() + "'"
+                                                          : v.toString());
+        rows << values.join(',');
+    }
+    return rows.join('|');
 }
 
 // Equal values of the same type; NaN equals NaN, and a double keeps its sign.
@@ -104,12 +114,6 @@ private slots:
     // regard to case; a missing column and a read without a current record raise their numbers.
     void theBoardSampleWalks() {
         const Rowset board = RowsetReader::read(sample("board.xml"));
-        QStringList names;
-        for (const auto& c : board.columns)
-            names << c.name;
-        QCOMPARE(names,
-                 QStringList({"ContactSys", "FirstName", "LastName", "Ext", "StatusSys", "Status",
-                              "ColorCode", "comment", "returningtext", "myfriend", "Last Update"}));
         const Column& last = board.columns.back();
         QCOMPARE(last.attribute, QString("c10"));
         QCOMPARE(last.type, FieldType::DateTime);
@@ -195,8 +199,9 @@ private slots:
     void everyTypeReadsAsItsValue() {
         auto [column, type, expected] = fetch<QString, int, QVariant>("column", "type", "expected");
         static const Rowset r = RowsetReader::read(sample("alltypes.xml"));
-        QCOMPARE(int(r.columns[std::size_t(columnOf(r, column))].type), type);
-        const QVariant v = value(r, 0, column);
+        const auto c = std::size_t(columnOf(r, column));
+        QCOMPARE(int(r.columns[c].type), type);
+        const QVariant v = r.rows.at(0).at(c);
         QCOMPARE(v.typeId(), expected.typeId());
         QCOMPARE(v, expected);
     }
@@ -222,64 +227,31 @@ private slots:
         QCOMPARE(v.toString(), text);
     }
 
-    void emptyDataGivesColumnsAndNoRows_data() {
-        columns<QByteArray, int>("bytes", "columns");
-        row("sign-in that found nobody", sample("empty.xml"), 6);
-        row("open and close", withData("<rs:data>\n</rs:data>"), 1);
-        row("only foreign elements", withData("<rs:data><z:other a='1'/></rs:data>"), 1);
-    }
-    void emptyDataGivesColumnsAndNoRows() {
-        auto [bytes, columns] = fetch<QByteArray, int>("bytes", "columns");
-        const Rowset r = RowsetReader::read(bytes);
-        QCOMPARE(int(r.columns.size()), columns);
-        QVERIFY(r.rows.empty());
-    }
-
-    // Pending changes show as the recordset would hold them; an original without its changed
-    // row still holds the original.
-    void pendingChanges() {
-        const Rowset r = RowsetReader::read(sample("pending.xml"));
-        QCOMPARE(r.rows.size(), std::size_t(4));
-        QCOMPARE(value(r, 0, "ShipperID").toInt(), 2);
-        // The update keeps the original values of columns it does not name.
-        QCOMPARE(value(r, 1, "ShipperID").toInt(), 3);
-        QCOMPARE(value(r, 1, "CompanyName").toString(), QString("Federal Shipping"));
-        QCOMPARE(value(r, 1, "Phone").toString(), QString("(503) 552-7134"));
-        QCOMPARE(value(r, 2, "ShipperID").toInt(), 12);
-        QCOMPARE(value(r, 3, "ShipperID").toInt(), 13); // and the deleted row is gone
-        QVERIFY(!value(r, 3, "Phone").isValid());
-
-        const Rowset lone = RowsetReader::read(
+    // The rows a document holds. Pending changes show as the recordset would hold them (an
+    // update keeps the original values of the columns it does not name, a deleted row is gone,
+    // an original without its changed row stays); namespaces match by URI, not by prefix; the
+    // text comes as UTF-16 or UTF-8, with or without a byte order mark.
+    void documentsHoldTheirRows_data() {
+        columns<QByteArray, QString>("bytes", "rows");
+        row("sign-in that found nobody", sample("empty.xml"), "");
+        row("open and close", withData("<rs:data>\n</rs:data>"), "");
+        row("only foreign elements", withData("<rs:data><z:other a='1'/></rs:data>"), "");
+        row("pending changes", sample("pending.xml"),
+            "2,'United Package','(503) 555-3199'|3,'Federal Shipping','(503) 552-7134'|"
+            "12,'Lightning Shipping','(505) 111-2222'|13,'Thunder Overnight',NULL");
+        row("originals without their changed rows",
             withData("<rs:data><rs:update><rs:original><z:row comment='was'/></rs:original>"
-                     "<rs:original><z:row comment='also'/></rs:original></rs:update></rs:data>"));
-        QCOMPARE(lone.rows.size(), std::size_t(2));
-        QCOMPARE(value(lone, 0, "comment").toString(), QString("was"));
-        QCOMPARE(value(lone, 1, "comment").toString(), QString("also"));
+                     "<rs:original><z:row comment='also'/></rs:original></rs:update></rs:data>"),
+            "'was'|'also'");
+        row("prefixes of their own, a row in a foreign namespace", sample("prefixes.xml"),
+            "12,3|13,0");
+        row("UTF-16 with a byte order mark", sample("utf16.xml"), "21,'Müller – Østergård €'");
+        row("UTF-8 with a byte order mark",
+            "\xEF\xBB\xBF" + withData("<rs:data><z:row comment='Zoë'/></rs:data>"), "'Zoë'");
     }
-
-    void namespacesMatchByUriNotPrefix() {
-        const Rowset r = RowsetReader::read(sample("prefixes.xml"));
-        QCOMPARE(r.columns.size(), std::size_t(2));
-        QCOMPARE(r.columns[1].name, QString("NoteCount")); // in rs:number order
-        QCOMPARE(r.columns[1].type, FieldType::Int);
-        QCOMPARE(r.rows.size(), std::size_t(2)); // the row in a foreign namespace is no row
-        QCOMPARE(r.rows[1][0].toInt(), 13);
-        QCOMPARE(r.rows[1][1].toInt(), 0);
-    }
-
-    // The same text whether the answer is UTF-16 with a byte order mark (a saved rowset) or
-    // UTF-8 with or without one.
-    void textEncodings() {
-        const QByteArray utf16 = sample("utf16.xml");
-        const QByteArray utf8 =
-            QString::fromUtf16(reinterpret_cast<const char16_t*>(utf16.constData()) + 1,
-                               utf16.size() / 2 - 1)
-                .toUtf8();
-        for (const QByteArray& bytes : {utf16, utf8, "\xEF\xBB\xBF" + utf8}) {
-            const Rowset r = RowsetReader::read(bytes);
-            QCOMPARE(r.rows.size(), std::size_t(1));
-            QCOMPARE(r.rows[0][1].toString(), QString("Müller – Østergård €"));
-        }
+    void documentsHoldTheirRows() {
+        auto [bytes, rows] = fetch<QByteArray, QString>("bytes", "rows");
+        QCOMPARE(rowsOf(RowsetReader::read(bytes)), rows);
     }
 
     void unreadableAnswersRaiseTheGenericNumber_data() {
@@ -367,10 +339,8 @@ private slots:
         QByteArray allBytes;
         for (int i = 0; i < 256; ++i)
             allBytes.append(char(i));
-        row("int", int(FieldType::Int), QVariantList{0LL, -1LL, 2147483647LL, -2147483648LL});
         row("i8", int(FieldType::I8), QVariantList{LLONG_MIN, LLONG_MAX});
         row("ui8", int(FieldType::UI8), QVariantList{std::numeric_limits<qulonglong>::max(), 0ULL});
-        row("r4", int(FieldType::R4), QVariantList{double(3.14f), 0.0, -1.5e-30});
         row("float", int(FieldType::Float),
             QVariantList{0.1, -0.0, 1e308, 4.9e-324, 1.0 / 3.0, inf, std::nan("")});
         row("number", int(FieldType::Number), QVariantList{1234.5678, -12.5, 1e15});
