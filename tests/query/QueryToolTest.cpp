@@ -55,7 +55,6 @@ private slots:
         // The statement went out exactly as the client would send it.
         const auto requests = server.requests();
         QCOMPARE(requests.size(), 1);
-        QCOMPARE(requests[0].target, QByteArray("/XMLDemo.asp"));
         QCOMPARE(requests[0].body, QByteArray("strSQL=EXEC%20tl%5FGetContactStatus%2012"));
         QVERIFY(!requests[0].header("lastCached").isEmpty());
 
@@ -66,19 +65,11 @@ private slots:
                                   "128\tOut to lunch\ta\\tb\\r\\nc\\\\d\t\\N\n"));
     }
 
+    // A rowset saved to a file, here UTF-16 as a stream save writes it.
     void readsASavedRowset() {
-        const Run run = runTool({"--file", TAVLO_WIRE_SAMPLES "/board.xml"});
+        const Run run = runTool({"--tsv", "--file", TAVLO_WIRE_SAMPLES "/utf16.xml"});
         QCOMPARE(run.exitCode, 0);
-        const QStringList lines = run.out.split('\n');
-        QVERIFY(lines[0].startsWith("ContactSys | FirstName | LastName"));
-        QVERIFY(lines[0].endsWith("| Last Update"));
-        QVERIFY(run.out.contains("Lunch\\tthen bank"));
-        QVERIFY(run.out.contains("line one\\r\\nline two"));
-        QVERIFY(run.out.endsWith("(3 rows)\n"));
-
-        const Run utf16 = runTool({"--tsv", "--file", TAVLO_WIRE_SAMPLES "/utf16.xml"});
-        QCOMPARE(utf16.exitCode, 0);
-        QCOMPARE(utf16.out, QString("ContactSys\tLastName\n21\tMüller – Østergård €\n"));
+        QCOMPARE(run.out, QString("ContactSys\tLastName\n21\tMüller – Østergård €\n"));
     }
 
     // No server exits with 2, an answer that is no rowset with 3; one line says why.
