@@ -14,9 +14,6 @@ class TestX11Activity : public QObject {
     void xdotool(const QStringList& arguments) {
         QCOMPARE(QProcess::execute(QStringLiteral("xdotool"), arguments), 0);
     }
-    void moveTo(int x, int y) {
-        xdotool({QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
-    }
     // Each look clears the record of presses, so it must be made once per check (a QTRY macro
     // would look again after it succeeded).
     bool lookUntil(bool active, int ms) {
@@ -29,21 +26,19 @@ class TestX11Activity : public QObject {
         return false;
     }
 
-    // Lets the raw events that are on their way arrive, then forgets them.
-    void settle() {
-        QTest::qWait(200);
-        source->AnyKeyActive();
-    }
-
 private slots:
     void initTestCase() {
         source = X11ActivitySource::Create();
         QVERIFY2(source, "no X11 connection with XInput 2");
-        moveTo(100, 100);
+        xdotool({QStringLiteral("mousemove"), QStringLiteral("100"), QStringLiteral("100")});
         QTRY_COMPARE(source->CursorPos(), QPoint(100, 100));
     }
 
-    void init() { settle(); }
+    // Lets the raw events that are on their way arrive, then forgets them.
+    void init() {
+        QTest::qWait(200);
+        source->AnyKeyActive();
+    }
 
     void pressesAreSeen_data() {
         columns<QStringList, QStringList>("press", "release");
@@ -71,7 +66,7 @@ private slots:
     // The pointer is where it was moved to on the screen; motion and the wheel are no key, and
     // nothing happening is nothing.
     void motionIsNoActivity() {
-        moveTo(340, 420);
+        xdotool({QStringLiteral("mousemove"), QStringLiteral("340"), QStringLiteral("420")});
         QTRY_COMPARE(source->CursorPos(), QPoint(340, 420));
         xdotool({QStringLiteral("click"), QStringLiteral("4")});
         QTest::qWait(300);
