@@ -4,9 +4,12 @@
 #include <QString>
 #include <QTemporaryDir>
 
-// A private PostgreSQL for one test: its own cluster in a temp folder, on a free port with its
-// own socket folder, removed at the end. Needs the server binaries and, when running as root,
-// the "postgres" account to run them.
+// A free TCP port on the loopback address.
+int FreeLoopbackPort();
+
+// A private PostgreSQL for one test: its own cluster in a temp folder, on a free port with its own
+// socket folder, removed at the end. Needs the server binaries and, when running as root, the
+// "postgres" account to run them.
 class PgInstance {
 public:
     PgInstance();
@@ -18,7 +21,7 @@ public:
     bool restart();      // stops and starts the cluster, as an operator's restart would
 
 private:
-    bool runAsOwner(const QString& program, const QStringList& arguments, int timeoutMs);
+    bool runAsOwner(const char* program, const QStringList& arguments);
 
     QTemporaryDir m_dir;
     QString m_bin;

@@ -6,8 +6,7 @@
 #include <QRegularExpression>
 
 QString TavloServerProcess::executable() {
-    return QString::fromLocal8Bit(qgetenv("TAVLO_BINARY_DIR")) +
-           QStringLiteral("/server/tavlo-server");
+    return qEnvironmentVariable("TAVLO_BINARY_DIR") + QStringLiteral("/server/tavlo-server");
 }
 
 bool TavloServerProcess::postgresRequested() {
@@ -15,24 +14,26 @@ bool TavloServerProcess::postgresRequested() {
 }
 
 TavloServerProcess::TavloServerProcess(Data data, const QStringList& serveArguments,
-                                       const QString& sharedDb) {
-    if (!sharedDb.isEmpty()) {
-        m_dbUrl = sharedDb;
-    } else if (postgresRequested()) {
+                                       const QString& sharedDb)
+    : m_dbUrl(sharedDb), m_serveArguments(serveArguments) {
+    if (m_dbUrl.isEmpty() && postgresRequested()) {
         m_pg = std::make_unique<PgInstance>();
         if (!m_pg->available()) {
             m_failure = QStringLiteral("PostgreSQL can't start: ") + m_pg->reason();
             return;
         }
         m_dbUrl = m_pg->url();
-    } else {
+    } else if (m_dbUrl.isEmpty()) {
         m_dbUrl = QStringLiteral("sqlite:") + m_dir.filePath(QStringLiteral("tavlo.db"));
     }
-    m_serveArguments = serveArguments;
     const QString setup =
         run({data == Data::Demo ? QStringLiteral("demo") : QStringLiteral("init")});
     if (!launch(0))
         m_failure = QStringLiteral("the server didn't start: ") + setup + log();
+}
+
+TavloServerProcess::~TavloServerProcess() {
+    StopChild(m_process);
 }
 
 bool TavloServerProcess::restart() {
@@ -47,22 +48,21 @@ qint64 TavloServerProcess::pid() const {
     return m_process.processId();
 }
 
+// Starts `serve` and waits for the port it says it listens on.
 bool TavloServerProcess::launch(int port) {
-    m_process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
     m_process.start(executable(), QStringList{QStringLiteral("serve"), QStringLiteral("--listen"),
                                               QStringLiteral("127.0.0.1:%1").arg(port),
                                               QStringLiteral("--db"), m_dbUrl} +
                                       m_serveArguments);
-    QElapsedTimer waited;
-    waited.start();
     static const QRegularExpression listening(
         QStringLiteral("listening on 127\\.0\\.0\\.1:(\\d+)"));
     QString out;
+    QElapsedTimer waited;
+    waited.start();
     while (waited.elapsed() < 15000 && m_process.state() != QProcess::NotRunning) {
         m_process.waitForReadyRead(200);
         out += QString::fromLocal8Bit(m_process.readAllStandardOutput());
-        const auto match = listening.match(out);
-        if (match.hasMatch()) {
+        if (const auto match = listening.match(out); match.hasMatch()) {
             m_port = match.captured(1).toInt();
             return true;
         }
@@ -72,10 +72,6 @@ bool TavloServerProcess::launch(int port) {
 
 bool TavloServerProcess::mayBeSkipped() const {
     return !started() && m_pg && !m_pg->available() && qgetenv("CI") != "true";
-}
-
-TavloServerProcess::~TavloServerProcess() {
-    StopChild(m_process);
 }
 
 QString TavloServerProcess::run(const QStringList& arguments, int* exitCode) {

@@ -23,9 +23,9 @@ public:
     // PostgreSQL was asked for and can't start on this machine: a test may skip, except in CI
     // (CI=true), where that is a failure.
     bool mayBeSkipped() const;
+    int port() const { return m_port; }
     QString baseUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_port); }
     QString dbUrl() const { return m_dbUrl; }
-    QString folder() const { return m_dir.path(); }
     PgInstance* postgres() const { return m_pg.get(); } // null on SQLite
     // Runs a one-off command of the server (outbox, anomalies, ...) on the same database;
     // answers its output and, when asked, its exit code.

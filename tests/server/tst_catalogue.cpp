@@ -1,82 +1,114 @@
+#include "PgInstance.h"
 #include "Rows.h"
 #include "ServerClient.h"
+#include "SmtpSink.h"
 #include "TavloServerProcess.h"
 #include "store/Database.h"
 
-#include <QCoreApplication>
-#include <QDateTime>
-#include <QLocale>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QRegularExpression>
 #include <QtTest>
+#include <algorithm>
+#include <future>
 #include <map>
 #include <set>
 #include <thread>
 
 namespace {
 
-QStringList columnsOf(const wire::Recordset& rs) {
-    QStringList names;
-    for (const auto& column : rs.rowset().columns)
-        names << column.name;
-    return names;
-}
-
 QVariant field(const wire::Recordset& rs, const char* name) {
     return rs.Fields(QLatin1String(name)).Value();
 }
 
-// `release` options: a good set with the given ones changed (a null value leaves one out).
-QStringList releaseOptions(const QList<std::pair<QString, QString>>& changes = {}) {
-    QList<std::pair<QString, QString>> options = {{"version", "1.2.3"},
-                                                  {"ftp-site", "127.0.0.1:2121"},
-                                                  {"ftp-dir", "/"},
-                                                  {"file", "tavlo-update-1.2.3.run"}};
-    for (const auto& change : changes) {
-        options.removeIf([&](const auto& option) { return option.first == change.first; });
-        if (!change.second.isNull())
-            options.append(change);
-    }
-    QStringList out;
-    for (const auto& [name, value] : options)
-        out << QStringLiteral("--") + name << value;
-    return out;
+QStringList words(const char* text) {
+    return QString::fromLatin1(text).split(QLatin1Char(' '));
 }
 
 // Column sets the client reads from each kind of answer.
-const QStringList kStatusColumns = {"StatusSys", "Status", "ColorSys", "ColorCode",
-                                    "StatusPictureLocation"};
-const QStringList kContactColumns = {"FirstName",   "LastName",     "ContactSys",
-                                     "UserSys",     "UserName",     "OrganizationSys",
-                                     "Phone",       "Fax",          "Ext",
-                                     "Position",    "EmailAddress", "ContactPictureLocation",
-                                     "Pager",       "Cell",         "HomePhone",
-                                     "HomeAddress", "HomeCity",     "HomeState",
-                                     "HomeZip",     "HomeFax",      "HomeEMail",
-                                     "HireDate",    "DateAdded",    "ToolTip",
-                                     "ShowHomeInfo"};
-const QStringList kBoardExtras = {"ChatStatus", "comment", "returningtext", "myfriend"};
+const QStringList kStatusColumns =
+    words("StatusSys Status ColorSys ColorCode StatusPictureLocation");
+const QStringList kContactColumns =
+    words("FirstName LastName ContactSys UserSys UserName OrganizationSys Phone Fax Ext Position "
+          "EmailAddress ContactPictureLocation Pager Cell HomePhone HomeAddress HomeCity HomeState "
+          "HomeZip HomeFax HomeEMail HireDate DateAdded ToolTip ShowHomeInfo");
 
 void requireColumns(const wire::Recordset& rs, const QStringList& wanted) {
-    const QStringList have = columnsOf(rs);
+    QStringList have;
+    for (const auto& column : rs.rowset().columns)
+        have << column.name;
     for (const QString& name : wanted)
-        QVERIFY2(have.contains(name),
-                 qPrintable(name + QStringLiteral(" missing from ") + have.join(',')));
+        QVERIFY2(have.contains(name), qPrintable(name + " missing from " + have.join(',')));
+}
+
+// `release` options: a good set with "name=value" changes ("name=" leaves one out).
+QStringList releaseOptions(const QString& changes) {
+    QMap<QString, QString> options{{"version", "1.2.3"},
+                                   {"ftp-site", "127.0.0.1:2121"},
+                                   {"ftp-dir", "/"},
+                                   {"file", "tavlo-update-1.2.3.run"}};
+    for (const QString& change : changes.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        options[change.section(QLatin1Char('='), 0, 0)] = change.section(QLatin1Char('='), 1);
+    QStringList out;
+    for (const auto& [name, value] : options.asKeyValueRange())
+        if (!value.isEmpty())
+            out << "--" + name << value;
+    return out;
+}
+
+struct Page {
+    int status = 0;
+    QByteArray body;
+    QMap<QByteArray, QByteArray> headers; // names in lower case
+};
+
+// A GET, or a POST of the form when there is one.
+Page web(const QString& url, const QByteArray& form = QByteArray(), const QByteArray& cookie = {}) {
+    QNetworkAccessManager manager;
+    QNetworkRequest request{QUrl(url)};
+    if (!cookie.isEmpty())
+        request.setRawHeader("Cookie", cookie);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded");
+    QNetworkReply* reply = form.isNull() ? manager.get(request) : manager.post(request, form);
+    QEventLoop loop;
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    Page page{
+        reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), reply->readAll(), {}};
+    for (const auto& [name, value] : reply->rawHeaderPairs())
+        page.headers.insert(name.toLower(), value);
+    reply->deleteLater();
+    return page;
+}
+
+qint64 peakResidentKb(qint64 pid) {
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    const auto match = QRegularExpression(QStringLiteral("VmHWM:\\s+(\\d+) kB"))
+                           .match(QString::fromLatin1(status.readAll()));
+    return match.hasMatch() ? match.captured(1).toLongLong() : -1;
 }
 
 } // namespace
 
-// Every statement the client sends, as it sends it, against a real server with demo data.
+// Every statement the client sends, as it sends it, against a real server with demo data: the
+// gateway runs nothing but catalogue statements of the right shapes, and only for whoever signed
+// in, by their rights. The demo: ann (user 5001, contact 1001) and bob (5002, 1002) may change
+// others' status, carol (5003, 1003) may not; hana (5008) belongs to another organisation.
 class TestCatalogue : public QObject {
     Q_OBJECT
+    std::unique_ptr<SmtpSink> sink;
     std::unique_ptr<TavloServerProcess> server;
-    std::unique_ptr<ServerClient> client;
     std::unique_ptr<Database> db;
+    std::map<QString, std::unique_ptr<ServerClient>> people;
 
-    qint64 scalar(const QString& sql, const QVariantList& values = {}) {
-        QSqlQuery q = db->exec(sql, values);
+    qint64 scalar(const QString& sql) {
+        QSqlQuery q = db->exec(sql);
         return q.next() ? q.value(0).toLongLong() : -1;
     }
-    qsizetype refusalsLogged() { return server->log().count(QStringLiteral("refused from")); }
-    std::map<QString, std::unique_ptr<ServerClient>> people;
     // A client signed in as the demo user, kept for the run.
     ServerClient& as(const QString& user) {
         auto& slot = people[user];
@@ -84,17 +116,18 @@ class TestCatalogue : public QObject {
             slot = std::make_unique<ServerClient>(server->baseUrl(), user);
         return *slot;
     }
+    QString url(const char* path) const { return server->baseUrl() + QLatin1String(path); }
 
 private slots:
     void initTestCase() {
+        sink = std::make_unique<SmtpSink>();
         server = std::make_unique<TavloServerProcess>(
             TavloServerProcess::Data::Demo,
-            QStringList{QStringLiteral("--helpdesk-mail"), QStringLiteral("HelpDesk@Tavlo.example"),
-                        QStringLiteral("--chat-window"), QStringLiteral("9")});
+            QStringList{"--smtp", sink->url(), "--mail-from", "tavlo@norvane.example",
+                        "--helpdesk-mail", "HelpDesk@Tavlo.example", "--chat-window", "9"});
         if (server->mayBeSkipped())
             QSKIP(qPrintable(server->failure()));
         QVERIFY2(server->started(), qPrintable(server->failure()));
-        client = std::make_unique<ServerClient>(server->baseUrl(), QStringLiteral("ann"));
         db = std::make_unique<Database>(server->dbUrl());
     }
     void cleanupTestCase() {
@@ -109,60 +142,55 @@ private slots:
         row("name any case", "EXEC LoginCheck 'ANN','demo'", 1, 1, 1, 0);
         row("bad password", "EXEC LoginCheck 'ann','Demo'", 0, 0, 0, 0);
         row("empty", "EXEC LoginCheck '',''", 0, 0, 0, 0);
-        row("quote", "EXEC LoginCheck 'o''brien','x'", 0, 0, 0, 0);
         row("removed", "EXEC LoginCheck 'dave','demo'", 1, 0, 1, 0);
         row("disabled organisation", "EXEC LoginCheck 'ivo','demo'", 1, 1, 0, 0);
         row("chat disabled", "EXEC LoginCheck 'hana','demo'", 1, 1, 1, 1);
     }
     void signIn() {
-        auto [sql, rows] = fetch<QString, int>("sql", "rows");
+        auto [sql, rows, activeUser, activeOrganization, chatDisabled] =
+            fetch<QString, int, int, int, int>("sql", "rows", "activeUser", "activeOrganization",
+                                               "chatDisabled");
         const auto rs = ServerClient(server->baseUrl()).read(sql);
         QVERIFY(rs);
         QCOMPARE(rs->RecordCount(), long(rows));
         if (rows == 0)
             return;
-        auto [activeUser, activeOrganization, chatDisabled] =
-            fetch<int, int, int>("activeUser", "activeOrganization", "chatDisabled");
         QCOMPARE(field(*rs, "ActiveUser").toInt(), activeUser);
         QCOMPARE(field(*rs, "ActiveOrganization").toInt(), activeOrganization);
         QCOMPARE(field(*rs, "ChatDisabled").toInt(), chatDisabled);
-        requireColumns(*rs, {"ContactSys", "UserSys", "OrganizationLocationSys", "OrganizationSys",
-                             "Name", "Description", "Address1", "FirstName", "LastName"});
+        requireColumns(*rs, words("ContactSys UserSys OrganizationLocationSys OrganizationSys Name "
+                                  "Description Address1 FirstName LastName"));
     }
 
+    // The client's own session row, opened and closed; closing it ends the gateway session.
     void sessionsOpenAndClose() {
-        const auto key = client->read(QStringLiteral("EXECUTE GetSysVB 'Session'"));
+        ServerClient ann(server->baseUrl(), QStringLiteral("ann"));
+        const auto key = ann.read(QStringLiteral("EXECUTE GetSysVB 'Session'"));
         QVERIFY(key && !key->Eof());
-        const qint64 session = field(*key, "NextAvailableSys").toLongLong();
-        QVERIFY(client->write(
-            QStringLiteral(
-                "INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, LoginDate, "
-                "ComputerName,IPAddress,UserSys) VALUES (%1,1001,'tavlo v1.0.0',getdate(),'desk-7',"
-                "'10.0.0.7',5001)")
+        const QString session = field(*key, "NextAvailableSys").toString();
+        QVERIFY(ann.write(
+            QStringLiteral("INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, "
+                           "LoginDate, ComputerName,IPAddress,UserSys) VALUES (%1,1001,'tavlo "
+                           "v1.0.0',getdate(),'desk-7','10.0.0.7',5001)")
                 .arg(session)));
-        QCOMPARE(scalar(QStringLiteral("SELECT COUNT(*) FROM sessions WHERE sessionsys = ? AND "
-                                       "logoutdate IS NULL AND usersys = 5001"),
-                        {session}),
-                 1);
-        QVERIFY(client->write(
-            QStringLiteral("UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = %1")
-                .arg(session)));
-        QCOMPARE(scalar(QStringLiteral("SELECT COUNT(*) FROM sessions WHERE sessionsys = ? AND "
-                                       "logoutdate IS NOT NULL"),
-                        {session}),
-                 1);
-        // The sign-out ended the gateway session too.
-        QVERIFY(client->refused(QStringLiteral("EXEC tl_GetContactStatus 1001"), 403));
-        QVERIFY(client->signIn(QStringLiteral("ann")));
+        const QString open = "SELECT COUNT(*) FROM sessions WHERE logoutdate IS NULL AND usersys = "
+                             "5001 AND sessionsys = " +
+                             session;
+        QCOMPARE(scalar(open), 1);
+        QVERIFY(
+            ann.write("UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = " + session));
+        QCOMPARE(scalar(open), 0);
+        QVERIFY(ann.refused(QStringLiteral("EXEC tl_GetContactStatus 1001"), 403));
     }
 
     // Keys are reserved: many callers at once never get the same one.
     void keysAreReservedAtomically() {
+        const ServerClient& ann = as("ann");
         std::vector<qint64> keys(40, 0);
         std::vector<std::thread> callers;
         for (size_t i = 0; i < keys.size(); ++i)
             callers.emplace_back([&, i] {
-                const auto rs = client->read(QStringLiteral("EXECUTE GetSysVB 'Note'"));
+                const auto rs = ann.read(QStringLiteral("EXECUTE GetSysVB 'Note'"));
                 keys[i] = rs && !rs->Eof() ? field(*rs, "NextAvailableSys").toLongLong() : 0;
             });
         for (auto& caller : callers)
@@ -170,12 +198,11 @@ private slots:
         const std::set<qint64> distinct(keys.begin(), keys.end());
         QCOMPARE(distinct.size(), keys.size());
         QVERIFY(*distinct.begin() > 3); // past the demo's notes
-        const auto unknown = client->read(QStringLiteral("EXECUTE GetSysVB 'Nothing'"));
-        QVERIFY(unknown && unknown->Eof());
+        QVERIFY(ann.read(QStringLiteral("EXECUTE GetSysVB 'Nothing'"))->Eof());
     }
 
-    // Each list the client reads, by whom: its size and one column of its first row ("NULL"
-    // when empty or NULL); the board's lists carry every column the board shows.
+    // Each list the client reads, by whom: its size and one column of its first row ("NULL" when
+    // empty or NULL); the board's lists carry every column the board shows.
     void lists_data() {
         columns<QString, QString, int, QString, QString>("user", "sql", "rows", "column", "first");
         row("statuses", "ann", "EXECUTE tl_GetAvailableStatuses 1,5001,1001", 8, "Status", "In");
@@ -211,7 +238,8 @@ private slots:
         QVERIFY(rs);
         QCOMPARE(rs->RecordCount(), long(rows));
         if (column.isEmpty())
-            return requireColumns(*rs, kContactColumns + kStatusColumns + kBoardExtras);
+            return requireColumns(*rs, kContactColumns + kStatusColumns +
+                                           words("ChatStatus comment returningtext myfriend"));
         const QVariant value = rs->Eof() ? QVariant() : rs->Fields(column).Value();
         QCOMPARE(value.isValid() ? value.toString() : QStringLiteral("NULL"), first);
     }
@@ -220,40 +248,41 @@ private slots:
     void searchKeepsToTheOrganisation() {
         db->exec(QStringLiteral("INSERT INTO contact (contactsys, organizationsys, firstname, "
                                 "lastname) VALUES (1999, 2, 'Zed', 'Lee')"));
-        const auto rs = client->read(QStringLiteral("tl_SearchContacts 'LEE%',1,'',5001"));
+        const auto rs = as("ann").read(QStringLiteral("tl_SearchContacts 'LEE%',1,'',5001"));
         db->exec(QStringLiteral("DELETE FROM contact WHERE contactsys = 1999"));
         QVERIFY(rs);
         QCOMPARE(rs->RecordCount(), 1L);
         QCOMPARE(field(*rs, "OrganizationSys").toInt(), 1);
     }
 
-    // A status set is what the board, one person's row and the poll read back.
+    // A status set is what the board, one person's row and the poll read back, with who set it; set
+    // back to In, the returning time and comment go.
     void statusSetIsReadBack() {
         QVERIFY(as("bob").write(QStringLiteral(
             "EXEC tl_SetStatus 1003,8,'11/20/2026 5:30 PM','5:30 PM','Client''s office',5002")));
-        auto row = client->read(QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1003"));
+        auto row = as("ann").read(QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1003"));
         QVERIFY(row && !row->Eof());
-        requireColumns(*row, kStatusColumns + kContactColumns +
-                                 QStringList{"comment", "returningtext", "myfriend"});
+        requireColumns(*row, kStatusColumns + kContactColumns);
         QCOMPARE(field(*row, "StatusSys").toInt(), 8);
         QCOMPARE(field(*row, "returningtext").toString(), QStringLiteral("11/20/2026 5:30 PM"));
         QCOMPARE(field(*row, "comment").toString(), QStringLiteral("Client's office"));
-        const auto poll = client->read(QStringLiteral("EXEC tl_GetContactStatus 1003"));
+        const auto poll = as("ann").read(QStringLiteral("EXEC tl_GetContactStatus 1003"));
         QVERIFY(poll && !poll->Eof());
         requireColumns(*poll, kStatusColumns + QStringList{"comment"});
         QCOMPARE(field(*poll, "Status").toString(), QStringLiteral("Out"));
         QCOMPARE(scalar(QStringLiteral("SELECT statussetby FROM contact WHERE contactsys = 1003")),
                  5002);
 
-        QVERIFY(client->write(QStringLiteral("EXEC tl_SetStatus 1003,6,NULL,NULL,NULL,5001")));
-        row = client->read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1003,1,NULL"));
-        QVERIFY(row && !row->Eof());
+        QVERIFY(as("ann").write(QStringLiteral("EXEC tl_SetStatus 1003,6,NULL,NULL,NULL,5001")));
+        row = as("ann").read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1003,1,NULL"));
         QCOMPARE(field(*row, "StatusSys").toInt(), 6);
-        row = client->read(QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1003"));
+        row = as("ann").read(QStringLiteral("EXECUTE tl_GetUserStatuses NULL,1003"));
         QCOMPARE(field(*row, "returningtext").toString(), QStringLiteral("01/01/00 12:00AM"));
         QVERIFY(!field(*row, "comment").isValid());
     }
 
+    // A friend named by contact or by user, once however often; the whole board is made once for
+    // everyone, and each reader still sees their own friends marked.
     void friendsByContactAndByUser() {
         ServerClient& carol = as("carol");
         auto count = [&] {
@@ -262,177 +291,300 @@ private slots:
         QCOMPARE(count(), 0L);
         QVERIFY(carol.write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,1010"))); // a contact
         QVERIFY(carol.write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,5002"))); // a user: bob
-        QVERIFY(carol.write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,1010"))); // twice: once
+        QVERIFY(carol.write(QStringLiteral("EXECUTE tl_MyFriendsAdd 5003,1010")));
         QCOMPARE(count(), 2L);
-        const auto board =
-            carol.read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1002,1,5003,NULL"));
-        QCOMPARE(field(*board, "myfriend").toInt(), 1);
-        // The whole board is made once for everyone: each reader still sees their own friends.
-        auto marked = [&](ServerClient& reader, int user) {
-            auto rs = reader.read(
-                QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,%1,NULL").arg(user));
-            QList<qint64> contacts;
+        auto marked = [&](const char* user, int userSys) {
+            auto rs = as(user).read(
+                QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,%1,NULL").arg(userSys));
+            QList<int> contacts;
             for (; rs && !rs->Eof(); rs->MoveNext())
                 if (field(*rs, "myfriend").toInt() == 1)
-                    contacts << field(*rs, "ContactSys").toLongLong();
+                    contacts << field(*rs, "ContactSys").toInt();
             std::sort(contacts.begin(), contacts.end());
             return contacts;
         };
-        auto stored = [&](int user) {
-            QList<qint64> contacts;
-            QSqlQuery q = db->exec(
-                QStringLiteral("SELECT contactsys FROM friend WHERE usersys = ? ORDER BY 1"),
-                {user});
-            while (q.next())
-                contacts << q.value(0).toLongLong();
-            return contacts;
-        };
-        for (const auto& [reader, user] :
-             {std::pair{&as("ann"), 5001}, {&carol, 5003}, {&as("ann"), 5001}, {&as("bob"), 5002}})
-            QCOMPARE(marked(*reader, user), stored(user));
+        QCOMPARE(marked("ann", 5001), (QList<int>{1002, 1003, 1008, 1013}));
+        QCOMPARE(marked("carol", 5003), (QList<int>{1002, 1010}));
+        QCOMPARE(marked("ann", 5001), (QList<int>{1002, 1003, 1008, 1013}));
+        QCOMPARE(marked("bob", 5002), (QList<int>{1001}));
         QVERIFY(carol.write(QStringLiteral("EXECUTE tl_MyFriendsRemove 5003,1010")));
         QCOMPARE(count(), 1L);
     }
 
+    // A note left, counted unread, read, and deleted by its receiver; a private note is listed for
+    // its receiver alone.
     void noteLifecycle() {
+        auto listed = [&](const char* user, const char* sql) {
+            QList<int> notes;
+            for (auto rs = as(user).read(sql); rs && !rs->Eof(); rs->MoveNext())
+                notes << field(*rs, "NoteSys").toInt();
+            return notes;
+        };
+        QCOMPARE(listed("ann", "tl_GetContactNotes 1001, NULL, NULL, 5001"), (QList{3, 2, 1}));
+        QCOMPARE(listed("ann", "tl_GetContactNotes 1001, NULL, NULL, NULL"), (QList{3, 1}));
+
         ServerClient& erin = as("erin");
         auto unread = [&] {
             return field(*erin.read(QStringLiteral("EXEC tl_GetContactNotesUnread  1005")),
                          "NoteCount")
                 .toInt();
         };
+        const QString list = QStringLiteral("tl_GetContactNotes 1005, NULL, NULL, 5005");
         QCOMPARE(unread(), 0);
-        QVERIFY(client->write(
+        QVERIFY(as("ann").write(
             QStringLiteral("EXEC tl_AddContactNote 1005,'See me, it''s urgent',5001,0")));
         QCOMPARE(unread(), 1);
-        auto notes = erin.read(QStringLiteral("tl_GetContactNotes 1005, NULL, NULL, 5005"));
+        auto notes = erin.read(list);
         QVERIFY(notes && notes->RecordCount() == 1);
-        requireColumns(*notes, {"NoteSys", "DateEntered", "EnteredBySys", "EnteredByName",
-                                "NoteText", "DateRead"});
+        requireColumns(*notes,
+                       words("NoteSys DateEntered EnteredBySys EnteredByName NoteText DateRead"));
         QCOMPARE(field(*notes, "NoteText").toString(), QStringLiteral("See me, it's urgent"));
         QCOMPARE(field(*notes, "EnteredByName").toString(), QStringLiteral("Ann Lee"));
-        const qint64 note = field(*notes, "NoteSys").toLongLong();
-        QVERIFY(erin.write(QStringLiteral("EXEC tl_SetNoteRead 5005, %1").arg(note)));
+        const QString note = field(*notes, "NoteSys").toString();
+        QVERIFY(erin.write("EXEC tl_SetNoteRead 5005, " + note));
         QCOMPARE(unread(), 0);
-        notes = erin.read(QStringLiteral("tl_GetContactNotes 1005, NULL, NULL, 5005"));
-        QVERIFY(!field(*notes, "DateRead").toString().isEmpty());
-        QVERIFY(erin.write(QStringLiteral("EXEC tl_DeleteNote %1, 5005").arg(note)));
-        QCOMPARE(
-            erin.read(QStringLiteral("tl_GetContactNotes 1005, NULL, NULL, 5005"))->RecordCount(),
-            0L);
+        QVERIFY(!field(*erin.read(list), "DateRead").toString().isEmpty());
+        QVERIFY(erin.write("EXEC tl_DeleteNote " + note + ", 5005"));
+        QCOMPARE(erin.read(list)->RecordCount(), 0L);
     }
 
-    // Only the receiver (ann, 5001) marks her notes read or deletes them; the rest is refused
-    // and changes nothing.
-    void notesActOnlyForTheirReceiver_data() {
-        columns<QString, QString, QString>("user", "sql", "logged");
-        row("its author marks read", "bob", "EXEC tl_SetNoteRead 5002, 1",
-            "user 5002 is not the receiver of note 1");
-        row("colleague deletes", "carol", "EXEC tl_DeleteNote 1, 5003",
-            "user 5003 is not the receiver of note 1");
-        row("private, colleague deletes", "bob", "EXEC tl_DeleteNote 2, 5002",
-            "user 5002 is not the receiver of note 2");
-        row("no such note, read", "ann", "EXEC tl_SetNoteRead 5001, 999",
-            "user 5001 is not the receiver of note 999");
-        row("no such note, delete", "ann", "EXEC tl_DeleteNote 999, 5001",
-            "user 5001 is not the receiver of note 999");
-        row("as another user", "bob", "EXEC tl_DeleteNote 1, 5001",
-            "names a user other than the signed-in one");
+    // Who may run what: without a session (user ""), only sign-in, recovery and the version;
+    // signed in, every argument that names a user, a person or an organisation is the caller's to
+    // name, and notes are marked read or deleted by their receiver alone. What the catalogue
+    // doesn't take is refused whoever asks (400). A refusal is an error page, is logged, and
+    // leaves the database exactly as it was.
+    void rights_data() {
+        columns<QString, QString, int>("user", "sql", "status"); // 200: allowed
+        row("forged status", "", "EXEC tl_SetStatus 1003,8,NULL,NULL,'gone',5001", 403);
+        row("read notes", "", "tl_GetContactNotes 1001, NULL, NULL, 5001", 403);
+        row("mark a note", "", "EXEC tl_SetNoteRead 5001, 1", 403);
+        row("delete a note", "", "EXEC tl_DeleteNote 1, 5001", 403);
+        row("add a friend", "", "EXECUTE tl_MyFriendsAdd 5003,1010", 403);
+        row("remove a friend", "", "EXECUTE tl_MyFriendsRemove 5001,1002", 403);
+        row("leave a note", "", "EXEC tl_AddContactNote 1003,'hi',5001,0", 403);
+        row("read the board", "", "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL", 403);
+        row("read every organisation", "", "EXECUTE tl_GetCompanyList", 403);
+        row("write a session", "",
+            "INSERT INTO Sessions (SessionSys, SalesmanSys, SessionDetails, LoginDate, "
+            "ComputerName,IPAddress,UserSys) VALUES (77,1001,'x',getdate(),'pc','1.2.3.4',5001)",
+            403);
+        row("reserve keys", "", "EXECUTE GetSysVB 'Note'", 403);
+        row("relay mail", "", "EXEC tl_SendEmail 'ann@demo.example','Hi','x','a@b.example','x'",
+            403);
+        row("version", "", "EXECUTE tl_VersionCheck", 200);
+        row("bad sign-in", "", "EXEC LoginCheck 'nobody','x'", 200);
+        row("recovery question, no match", "", "tl_ForgotPassword 'x@y.example','Nobody'", 200);
+
+        row("own status", "carol", "EXEC tl_SetStatus 1003,8,NULL,NULL,'out',5003", 200);
+        row("another's status", "carol", "EXEC tl_SetStatus 1002,8,NULL,NULL,'out',5003", 403);
+        row("forged setter", "bob", "EXEC tl_SetStatus 1002,3,NULL,NULL,NULL,5001", 403);
+        row("another organisation's status", "bob", "EXEC tl_SetStatus 1041,3,NULL,NULL,NULL,5002",
+            403);
+        row("another's notes", "carol", "tl_GetContactNotes 1001, NULL, NULL, 5003", 403);
+        row("another's unread count", "carol", "EXEC tl_GetContactNotesUnread  1001", 403);
+        row("another's friends", "carol", "EXEC tl_GetMyFriendsList 5001,1", 403);
+        row("add to another's friends", "carol", "EXECUTE tl_MyFriendsAdd 5001,1003", 403);
+        row("befriend an outsider", "carol", "EXECUTE tl_MyFriendsAdd 5003,1041", 403);
+        row("note as someone else", "carol", "EXEC tl_AddContactNote 1002,'hi',5001,0", 403);
+        row("note to an outsider", "carol", "EXEC tl_AddContactNote 1041,'hi',5003,0", 403);
+        row("another's session", "carol",
+            "UPDATE Sessions SET LogoutDate = getdate() WHERE SessionSys = 1", 403);
+        row("another's rights", "carol", "EXECUTE tl_GetUserSecurity 5001", 403);
+        row("another's chat state", "carol", "EXEC tl_UpdateChatStatus 1002, 1", 403);
+        row("another organisation's board", "carol",
+            "EXEC tl_GetUserStatuses NULL,NULL,2,5003,NULL", 403);
+        row("another organisation's person", "carol", "tl_GetContactInformation 1041", 403);
+        row("another organisation's lists", "carol", "EXECUTE tl_GetOrganizationGroups 2", 403);
+
+        row("unknown procedure", "ann", "EXEC sp_who", 400);
+        row("quote break-out", "ann", "EXEC LoginCheck 'x'; DROP TABLE users; --','y'", 400);
+        row("too few", "ann", "EXEC tl_SetStatus 1001,8", 400);
+        row("too many", "ann", "EXEC tl_GetContactStatus 1001,2", 400);
+        row("text for number", "ann", "EXEC tl_GetContactStatus '1001'", 400);
+        row("number for text", "ann", "EXEC LoginCheck 1,2", 400);
+        row("NULL where a number must be", "ann", "EXEC tl_MyFriendsAdd NULL,1001", 400);
+        row("one person's row without the person", "ann", "EXECUTE tl_GetUserStatuses NULL,NULL",
+            400);
+        row("note read by its author", "bob", "EXEC tl_SetNoteRead 5002, 1", 403);
+        row("note deleted by a colleague", "carol", "EXEC tl_DeleteNote 1, 5003", 403);
+        row("private note deleted by another", "bob", "EXEC tl_DeleteNote 2, 5002", 403);
+        row("no such note, read", "ann", "EXEC tl_SetNoteRead 5001, 999", 403);
+        row("no such note, delete", "ann", "EXEC tl_DeleteNote 999, 5001", 403);
+        row("note deleted as its receiver", "bob", "EXEC tl_DeleteNote 1, 5001", 403);
     }
-    void notesActOnlyForTheirReceiver() {
-        auto [user, sql, logged] = fetch<QString, QString, QString>("user", "sql", "logged");
-        ServerClient& who = as(user);
+    void rights() {
+        auto [user, sql, status] = fetch<QString, QString, int>("user", "sql", "status");
+        const ServerClient anonymous(server->baseUrl());
+        const ServerClient& client = user.isEmpty() ? anonymous : as(user);
         const QString before = db->dump();
-        QVERIFY(who.refused(sql, 403));
-        QCOMPARE(db->dump(), before);
-        QTRY_VERIFY(server->log().contains(logged));
+        const qsizetype logged = server->log().count(QStringLiteral("refused from"));
+        if (status == 200)
+            QCOMPARE(client.post(sql).httpStatus, 200L);
+        else
+            QVERIFY(client.refused(sql, status));
+        if (status != 200 || user.isEmpty())
+            QCOMPARE(db->dump(), before);
+        if (status != 200)
+            QTRY_VERIFY(server->log().count(QStringLiteral("refused from")) > logged);
     }
 
-    // Ann's note 2 is private: listed for her alone.
-    // Others can't read her notes at all.
-    void privateNotesOnlyForTheirReceiver_data() {
-        columns<QString, QString, int, bool>("user", "asker", "rows",
-                                             "listsPrivate"); // -1: refused
-        row("receiver", "ann", "5001", 3, true);
-        row("receiver, no user", "ann", "NULL", 2, false);
-        row("its author", "carol", "5003", -1, false);
-        row("colleague", "bob", "5002", -1, false);
-    }
-    void privateNotesOnlyForTheirReceiver() {
-        auto [user, asker, rows, listsPrivate] =
-            fetch<QString, QString, int, bool>("user", "asker", "rows", "listsPrivate");
-        const QString sql = QStringLiteral("tl_GetContactNotes 1001, NULL, NULL, ") + asker;
-        if (rows < 0) {
-            QVERIFY(as(user).refused(sql, 403));
-            return;
-        }
-        auto notes = as(user).read(sql);
-        QVERIFY(notes);
-        QCOMPARE(notes->RecordCount(), long(rows));
-        bool listed = false;
-        for (; !notes->Eof(); notes->MoveNext())
-            listed |= field(*notes, "NoteSys").toInt() == 2;
-        QCOMPARE(listed, listsPrivate);
-    }
-
-    // The board shows a colleague on chat while the heartbeat keeps coming, and off once it
-    // stops, as when the client crashed (this server's window is 9 s). A heartbeat that
-    // changes nothing writes nothing: no row, no commit.
+    // The board shows a colleague on chat while the heartbeat keeps coming, and off once it stops,
+    // as when the client crashed (this server's window is 9 s). A heartbeat that changes nothing
+    // writes nothing: no row, no commit.
     void chatStatusFollowsTheHeartbeat() {
         auto boardFlag = [&] {
             const auto rs =
-                client->read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1002,1,5001,NULL"));
+                as("ann").read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1002,1,5001,NULL"));
             return rs ? field(*rs, "ChatStatus").toInt() : -1;
         };
         ServerClient& bob = as("bob");
-        QVERIFY(bob.write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 1")));
+        const QString beat = QStringLiteral("EXEC tl_UpdateChatStatus 1002, 1");
+        QVERIFY(bob.write(beat));
         QCOMPARE(boardFlag(), 1);
         const QString before = db->dump();
         const qint64 commits = db->isPostgres() ? 0 : scalar(QStringLiteral("PRAGMA data_version"));
-        QVERIFY(bob.write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 1")));
+        QVERIFY(bob.write(beat));
         QCOMPARE(db->dump(), before);
         if (!db->isPostgres())
             QCOMPARE(scalar(QStringLiteral("PRAGMA data_version")), commits);
         QCOMPARE(boardFlag(), 1);
         QTRY_COMPARE_WITH_TIMEOUT(boardFlag(), 0, 15000);
-        QVERIFY(bob.write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 1")));
+        QVERIFY(bob.write(beat));
         QCOMPARE(boardFlag(), 1);
         QVERIFY(bob.write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 0")));
         QCOMPARE(boardFlag(), 0);
     }
 
-    void reportsAndMail() {
-        QVERIFY(client->write(
-            QStringLiteral("EXECUTE LogAnomaly 'Load failed: x',91,'frmTLView:LoadGrid','tavlo "
-                           "1.0.0',1001,'','desk-7'")));
-        QVERIFY(server->run({QStringLiteral("anomalies")})
-                    .contains(QStringLiteral("frmTLView:LoadGrid")));
-        QVERIFY(client->write(QStringLiteral("EXEC tl_SendEmail 'bob@demo.example','Hello','Body "
-                                             "text','ann@demo.example','ann@demo.example'")));
-        QVERIFY(server->run({QStringLiteral("outbox")})
-                    .contains(QStringLiteral("bob@demo.example\tHello")));
+    // `release` names what tl_VersionCheck answers next; bad input is refused (exit 2, the reason
+    // on the error output) and nothing is written.
+    void release_data() {
+        // refusal "": taken; signIn: the user, password and SHA-256 it names
+        columns<QString, QString, QString>("changes", "refusal", "signIn");
+        const QString sha = QStringLiteral("0123456789ABCDEF").repeated(4);
+        row("anonymous", "", "", "anonymous  NULL");
+        row("user, password, sha256", "ftp-user=update ftp-password=s3cret sha256=" + sha, "",
+            "update s3cret " + sha.toLower());
+        row("four parts", "version=1.2.3.4", "--version takes", "");
+        row("over 32767", "version=1.32768.0", "--version takes", "");
+        row("no version", "version=", "--version takes", "");
+        row("port 0", "ftp-site=example.org:0", "--ftp-site takes", "");
+        row("IPv6 unbracketed", "ftp-site=::1:2121", "--ftp-site takes", "");
+        row("no file", "file=", "--file takes", "");
+        row("file with folder", "file=updates/x.run", "--file takes", "");
+        row("sha256 short", "sha256=" + sha.left(63), "--sha256 takes", "");
+        row("sha256 not hex", "sha256=" + sha.left(63) + 'g', "--sha256 takes", "");
+        row("user alone", "ftp-user=update", "go together", "");
+        row("password alone", "ftp-password=s3cret", "go together", "");
+    }
+    void release() {
+        auto [changes, refusal, signIn] =
+            fetch<QString, QString, QString>("changes", "refusal", "signIn");
+        const QString before = db->dump();
+        int exitCode = -1;
+        const QString output =
+            server->run(QStringList{"release"} + releaseOptions(changes), &exitCode);
+        if (!refusal.isEmpty()) {
+            QCOMPARE(exitCode, 2);
+            QVERIFY2(output.contains(refusal), qPrintable(output));
+            QCOMPARE(db->dump(), before);
+            return;
+        }
+        QVERIFY2(exitCode == 0, qPrintable(output));
+        const auto rs = as("ann").read(QStringLiteral("EXECUTE tl_VersionCheck"));
+        QVERIFY(rs && rs->RecordCount() > 1);
+        QStringList got;
+        for (const char* name :
+             {"VersionString", "VersionMajor", "VersionMinor", "VersionRevision", "FTPSite",
+              "FTPDirectory", "FTPUpdateFileName", "FTPUserName", "FTPPassword", "UpdateSha256"}) {
+            const QVariant value = field(*rs, name);
+            got << (value.isValid() ? value.toString() : QStringLiteral("NULL"));
+        }
+        QCOMPARE(got.join(' '), "1.2.3 1 2 3 127.0.0.1:2121 / tavlo-update-1.2.3.run " + signIn);
     }
 
-    // Mail goes to one of the people or to the help desk (set as HelpDesk@Tavlo.example), with
-    // no line breaks in its headers; anything else is refused and nothing is queued.
+    // Mail goes out from the server's address to people of the sender's organisation; the recovery
+    // link only to the address the question matched, and a reset ends open sessions.
+    void mail() {
+        ServerClient carol(server->baseUrl(), QStringLiteral("carol"));
+        const QString send = QStringLiteral("EXEC tl_SendEmail '%1','%2','Body','%3','%3'");
+        const QString own = QStringLiteral("carol@demo.example");
+        // What a request brings into the log can't end a line or steer a terminal.
+        QVERIFY(carol.refused(send.arg("x\x1b[2J@evil.example", "Hi", own), 403));
+        QTRY_VERIFY(server->log().contains(QStringLiteral("x\\x1b[2J@evil.example")));
+        QVERIFY(!server->log().contains(QChar(0x1b)));
+        QVERIFY(carol.write(send.arg("bob@demo.example", "Hi", own)));
+        QVERIFY(carol.write(send.arg("helpdesk@tavlo.example", "Help", "forged@evil.example")));
+        QVERIFY(sink->waitFor(2, 15000));
+        QCOMPARE(sink->mails().at(0).mailFrom, QByteArray("tavlo@norvane.example"));
+        QVERIFY(sink->mails().at(0).text.contains("Reply-To: carol@demo.example\r\n"));
+        QVERIFY(!sink->mails().at(1).text.contains("evil"));
+
+        // Recovery, as the sign-in window does it, without a session: no secret comes back through
+        // the gateway, a one-time link (stored as its hash) reaches the matched address.
+        ServerClient stranger(server->baseUrl());
+        const QString subject = QStringLiteral("Tavlo Lost Password Request");
+        const auto answer = stranger.post("tl_ForgotPassword 'carol@demo.example','Nolan'");
+        QVERIFY(answer.body.contains("carol") && !answer.body.contains("$argon2"));
+        QVERIFY(!QString::fromUtf8(answer.body).contains(QRegularExpression("[0-9a-f]{32}")));
+        QVERIFY(stranger.read("tl_ForgotPassword 'carol@demo.example','Other'")->Eof());
+        QVERIFY(stranger.refused(send.arg("attacker@evil.example", subject, own), 403));
+        QVERIFY(stranger.write(send.arg(own, subject, "helpdesk@tavlo.example")));
+        QVERIFY(sink->waitFor(3, 15000));
+        const SmtpSink::Mail recovery = sink->mails().at(2);
+        QCOMPARE(recovery.rcptTo, QList<QByteArray>{"carol@demo.example"});
+        const auto link = QRegularExpression(QStringLiteral("(http://\\S+/reset\\?token=(\\w+))"))
+                              .match(QString::fromLatin1(recovery.text));
+        QVERIFY(link.hasMatch());
+        const QByteArray token = link.captured(2).toLatin1();
+        QSqlQuery stored = db->exec(QStringLiteral("SELECT tokenhash FROM resettoken"));
+        QVERIFY(stored.next() && stored.value(0).toByteArray() != token);
+        const QString reset = url("/reset");
+        QCOMPARE(web(link.captured(1)).status, 200);
+        QCOMPARE(web(reset, "token=" + token + "&password=fresh1&again=other").status, 400);
+        const Page done = web(reset, "token=" + token + "&password=fresh1&again=fresh1");
+        QCOMPARE(done.status, 200);
+        QVERIFY(!done.body.contains(token));
+        QVERIFY(carol.refused(QStringLiteral("EXEC tl_GetContactNotesUnread  1003"), 403));
+        QVERIFY(!carol.signIn(QStringLiteral("carol")));
+        QVERIFY(carol.signIn(QStringLiteral("carol"), QStringLiteral("fresh1")));
+        // Spent: neither the page nor the form works again, nor does a made-up token.
+        QCOMPARE(web(link.captured(1)).status, 410);
+        QCOMPARE(web(reset, "token=" + token + "&password=x2&again=x2").status, 410);
+        QCOMPARE(web(reset + "?token=" + QString(64, '0')).status, 410);
+    }
+
+    // Error reports need no account, but one address gets only so many a minute; the server's
+    // command lists them.
+    void anonymousReportsAreLimited() {
+        ServerClient anonymous(server->baseUrl());
+        const QString report = QStringLiteral(
+            "EXECUTE LogAnomaly 'Load failed',91,'frmTLView:LoadGrid','tavlo 1.0.0',0,'','desk-7'");
+        int accepted = 0;
+        for (int i = 0; i < 40; ++i)
+            accepted += anonymous.write(report);
+        QCOMPARE(accepted, 30);
+        QVERIFY(anonymous.refused(report, 429));
+        QVERIFY(server->run({"anomalies"}).contains(QStringLiteral("frmTLView:LoadGrid")));
+    }
+
+    // Mail goes to one of the people or to the help desk (set as HelpDesk@Tavlo.example), with no
+    // line breaks in its headers, and the server's command lists it queued; anything else is
+    // refused and nothing is queued.
     void sendEmail_data() {
-        columns<QString, QString, QString, int>("to", "subject", "from", "status"); // 200: queued
+        // status 200: queued
+        columns<QString, QString, QString, int>("to", "subject", "from", "status");
         const QString ann = QStringLiteral("ann@demo.example");
         const QString bob = QStringLiteral("bob@demo.example");
-        row("a person", bob, "Hi", ann, 200);
-        row("any case, blanks", " Carol@Demo.EXAMPLE ", "Hi", ann, 200);
+        row("a person, any case, blanks", " Carol@Demo.EXAMPLE ", "Hi", ann, 200);
         row("help desk", "helpdesk@tavlo.example", "Hi", ann, 200);
         row("outside", "someone@elsewhere.example", "Hi", ann, 403);
         row("help desk's domain", "other@tavlo.example", "Hi", ann, 403);
         row("a person's home address", "bob@home.example", "Hi", ann, 403);
         row("another organisation's", "hana@harbour.example", "Hi", ann, 403);
         row("empty", "", "Hi", ann, 403);
-        row("two, comma", "bob@demo.example,carol@demo.example", "Hi", ann, 403);
-        row("two, semicolon", "bob@demo.example; x@elsewhere.example", "Hi", ann, 403);
+        row("two", "bob@demo.example; x@elsewhere.example", "Hi", ann, 403);
         row("CR LF in subject", bob, "Hi\r\nBcc: x@elsewhere.example", ann, 403);
-        row("LF in to", bob + "\nBcc: x@elsewhere.example", "Hi", ann, 403);
         row("LF in from", bob, "Hi", ann + "\nBcc: x@elsewhere.example", 403);
-        row("NUL in to (grammar)", bob + QChar(0), "Hi", ann, 400);
     }
     void sendEmail() {
         auto [to, subject, from, status] =
@@ -442,80 +594,98 @@ private slots:
         const QString count = QStringLiteral("SELECT COUNT(*) FROM outbox");
         const qint64 queued = scalar(count);
         if (status != 200) {
-            const qsizetype logged = refusalsLogged();
-            QVERIFY(client->refused(sql, status));
-            QTRY_VERIFY(refusalsLogged() > logged);
+            QVERIFY(as("ann").refused(sql, status));
             QCOMPARE(scalar(count), queued);
             return;
         }
-        QVERIFY(client->write(sql));
+        QVERIFY(as("ann").write(sql));
         QCOMPARE(scalar(count), queued + 1);
-        QSqlQuery last =
-            db->exec(QStringLiteral("SELECT mailto FROM outbox ORDER BY mailsys DESC"));
-        QVERIFY(last.next());
-        QCOMPARE(last.value(0).toString(), to.trimmed());
+        QVERIFY(server->run({"outbox"}).contains(to.trimmed() + "\tHi"));
     }
 
-    // `release` names what tl_VersionCheck answers next; bad input is refused (exit 2, the
-    // reason on the error output) and nothing is written.
-    void release_data() {
-        QTest::addColumn<QStringList>("options");
-        QTest::addColumn<QString>("refusal");    // empty: accepted
-        QTest::addColumn<QStringList>("signIn"); // user, password, SHA-256 (NULL when not set)
-        const QString sha = QStringLiteral("0123456789ABCDEF").repeated(4);
-        const QString none;
-        QTest::newRow("anonymous")
-            << releaseOptions() << "" << QStringList{"anonymous", "", "NULL"};
-        QTest::newRow("user, password, sha256")
-            << releaseOptions({{"ftp-user", "update"}, {"ftp-password", "s3cret"}, {"sha256", sha}})
-            << "" << QStringList{"update", "s3cret", sha.toLower()};
-        const auto refused = [&](const char* name, QList<std::pair<QString, QString>> changes,
-                                 const char* reason) {
-            QTest::newRow(name) << releaseOptions(changes) << reason << QStringList();
-        };
-        refused("two parts", {{"version", "1.2"}}, "--version takes");
-        refused("four parts", {{"version", "1.2.3.4"}}, "--version takes");
-        refused("negative", {{"version", "1.-2.3"}}, "--version takes");
-        refused("over 32767", {{"version", "1.32768.0"}}, "--version takes");
-        refused("no version", {{"version", none}}, "--version takes");
-        refused("no site", {{"ftp-site", none}}, "--ftp-site takes");
-        refused("site as URL", {{"ftp-site", "ftp://example.org"}}, "--ftp-site takes");
-        refused("port 0", {{"ftp-site", "example.org:0"}}, "--ftp-site takes");
-        refused("IPv6 unbracketed", {{"ftp-site", "::1:2121"}}, "--ftp-site takes");
-        refused("no file", {{"file", none}}, "--file takes");
-        refused("file with folder", {{"file", "updates/x.run"}}, "--file takes");
-        refused("sha256 short", {{"sha256", sha.left(63)}}, "--sha256 takes");
-        refused("sha256 not hex", {{"sha256", sha.left(63) + 'g'}}, "--sha256 takes");
-        refused("user alone", {{"ftp-user", "update"}}, "go together");
-        refused("password alone", {{"ftp-password", "s3cret"}}, "go together");
-    }
-    void release() {
-        auto [options, refusal, signIn] =
-            fetch<QStringList, QString, QStringList>("options", "refusal", "signIn");
-        const QString before = db->dump();
-        int exitCode = -1;
-        const QString output =
-            server->run(QStringList{QStringLiteral("release")} + options, &exitCode);
-        if (!refusal.isEmpty()) {
-            QCOMPARE(exitCode, 2);
-            QVERIFY2(output.contains(refusal), qPrintable(output));
-            QCOMPARE(db->dump(), before);
-            return;
+    // Sign-in costs the same for an unknown name, slows down after five failures, and never
+    // computes more than two password hashes at once.
+    void signInProtection() {
+        ServerClient guesser(server->baseUrl());
+        std::vector<double> unknown, wrong;
+        QElapsedTimer clock;
+        for (int round = 0; round < 4; ++round) {
+            for (int i = 0; i < 2; ++i) {
+                clock.start();
+                guesser.post(QStringLiteral("EXEC LoginCheck 'nobody%1','x'").arg(i));
+                unknown.push_back(clock.nsecsElapsed() / 1e6);
+                clock.start();
+                guesser.post(QStringLiteral("EXEC LoginCheck 'grace','x%1'").arg(i));
+                wrong.push_back(clock.nsecsElapsed() / 1e6);
+            }
+            QVERIFY(guesser.signIn(QStringLiteral("grace"))); // clears both counts
         }
-        QVERIFY2(exitCode == 0, qPrintable(output));
-        const auto rs = client->read(QStringLiteral("EXECUTE tl_VersionCheck"));
-        QVERIFY(rs && rs->RecordCount() > 1);
-        const auto text = [&](const char* name) {
-            const QVariant value = field(*rs, name);
-            return value.isValid() ? value.toString() : QStringLiteral("NULL");
-        };
-        QCOMPARE(text("VersionString"), QStringLiteral("1.2.3"));
-        QCOMPARE(QStringList({text("VersionMajor"), text("VersionMinor"), text("VersionRevision")}),
-                 QStringList({"1", "2", "3"}));
-        QCOMPARE(QStringList({text("FTPSite"), text("FTPDirectory"), text("FTPUpdateFileName")}),
-                 QStringList({"127.0.0.1:2121", "/", "tavlo-update-1.2.3.run"}));
-        QCOMPARE(QStringList({text("FTPUserName"), text("FTPPassword"), text("UpdateSha256")}),
-                 signIn);
+        // The fastest of each is the work itself, least disturbed by other processes.
+        const double ratio = *std::min_element(unknown.begin(), unknown.end()) /
+                             *std::min_element(wrong.begin(), wrong.end());
+        // Skipping the hash for an unknown name would make it some fifty times faster; the band is
+        // wide because a test beside this one on two cores shifts either side.
+        QVERIFY2(ratio > 0.5 && ratio < 2.0, qPrintable(QString::number(ratio)));
+
+        for (int i = 0; i < 5; ++i)
+            QVERIFY(!guesser.signIn(QStringLiteral("frank"), QStringLiteral("wrong")));
+        QVERIFY(guesser.refused(QStringLiteral("EXEC LoginCheck 'frank','demo'"), 429));
+        QTRY_VERIFY(server->log().contains(QStringLiteral("the next attempt waits 1 s")));
+        QTest::qWait(1100);
+        QVERIFY(guesser.signIn(QStringLiteral("frank")));
+
+        std::vector<std::future<bool>> guesses;
+        for (int i = 0; i < 48; ++i)
+            guesses.push_back(std::async(std::launch::async, [this] {
+                return ServerClient(server->baseUrl()).signIn(QStringLiteral("grace"));
+            }));
+        int good = 0;
+        for (auto& guess : guesses)
+            good += guess.get();
+        QCOMPARE(good, 48);
+        [[maybe_unused]] const qint64 peak = peakResidentKb(server->pid());
+#ifndef __SANITIZE_ADDRESS__ // the address checker keeps freed memory aside on
+                             // purpose
+        QVERIFY2(peak > 0 && peak < 300 * 1024, qPrintable(QString::number(peak)));
+#endif
+    }
+
+    // The web sign-in takes a posted form only, its pages can't be framed or kept, and sign-out
+    // ends the session.
+    void webPages() {
+        const QString signIn = url("/logincheck.asp?UserName=ann&Password=demo");
+        for (const Page& viaQuery : {web(signIn), web(signIn, "")}) { // GET, and POST too
+            QVERIFY(viaQuery.status == 405 || viaQuery.status == 200);
+            QVERIFY(!viaQuery.headers.contains("set-cookie"));
+        }
+        const Page page = web(url("/logincheck.asp"), "UserName=ann&Password=demo");
+        QCOMPARE(page.status, 200);
+        QCOMPARE(page.headers.value("x-frame-options"), QByteArray("DENY"));
+        QCOMPARE(page.headers.value("cache-control"), QByteArray("no-store"));
+        QVERIFY(page.headers.value("content-security-policy").contains("frame-ancestors 'none'"));
+        const QByteArray setCookie = page.headers.value("set-cookie");
+        QVERIFY(setCookie.contains("HttpOnly") && setCookie.contains("SameSite=Strict"));
+        const QByteArray cookie = setCookie.left(setCookie.indexOf(';'));
+        QCOMPARE(web(url("/Administrator.asp"), {}, cookie).status, 200);
+        QCOMPARE(web(url("/logout.asp"), "", cookie).status, 200);
+        QVERIFY(web(url("/Administrator.asp"), {}, cookie).body.contains("UserName"));
+        QVERIFY(web(url("/pictures/p1001.png")).body.startsWith("\x89PNG"));
+        QCOMPARE(web(url("/pictures/..%2Fetc.png")).status, 404);
+    }
+
+    // Sessions live in the database: a restarted server still knows them. PostgreSQL restarted
+    // under a running server: the next statements open fresh connections instead of failing
+    // until the server itself is restarted.
+    void restarts() {
+        const QString poll = QStringLiteral("EXEC tl_GetContactStatus 1002");
+        QVERIFY(as("bob").read(poll));
+        QVERIFY(server->restart());
+        QVERIFY(as("bob").read(poll));
+        if (!server->postgres())
+            return; // SQLite has no server of its own to restart
+        QVERIFY(server->postgres()->restart());
+        QTRY_VERIFY_WITH_TIMEOUT(as("bob").read(poll).has_value(), 5000);
+        QVERIFY(as("bob").write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 0")));
     }
 };
 
