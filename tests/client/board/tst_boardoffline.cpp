@@ -37,7 +37,7 @@ const QStringList kColumns = {"ContactSys", "FirstName",     "LastName",
 
 // The board without a real server: the sheet adapter (which keeps the board's addressing: row 0
 // header, column 0 row header, -1 for a whole row or column, one number carried per row), the
-// statements and search texts it makes, and how a load ends when the answer is wrong.
+// statements it makes, and how a load ends when the answer is wrong.
 class TestBoardOffline : public QObject {
     Q_OBJECT
     static QVariant shown(const SpreadGrid& grid, int row, int col, int role) {
@@ -72,22 +72,6 @@ private slots:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    void cellsAreAddressedFromOne() {
-        SpreadGrid grid;
-        sheet(grid, 3, 4);
-        at(grid, 0, 2);
-        grid.SetText(QStringLiteral("Name"));
-        QCOMPARE(grid.model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Name"));
-        QCOMPARE(grid.Text(), QStringLiteral("Name"));
-        at(grid, 3, 4);
-        grid.SetText(QStringLiteral("corner"));
-        QCOMPARE(shown(grid, 2, 3, Qt::DisplayRole).toString(), QStringLiteral("corner"));
-        at(grid, 4, 4); // outside the sheet nothing is written and nothing grows
-        grid.SetText(QStringLiteral("lost"));
-        QCOMPARE(grid.MaxRows(), 3);
-        QCOMPARE(grid.Text(), QString());
-    }
-
     void wholeColumnSettingsHoldForLaterCells() {
         SpreadGrid grid;
         sheet(grid, 2, 3);
@@ -105,11 +89,6 @@ private slots:
         // A check box changes only when the program writes it.
         QCOMPARE(int(grid.model()->flags(grid.model()->index(4, 0))),
                  int(Qt::ItemIsEnabled | Qt::ItemIsSelectable));
-        at(grid, 2, -1);             // a whole row: every column of it
-        grid.SetBackColor(0x0000C0); // red in the low byte
-        for (int c = 0; c < 3; ++c)
-            QCOMPARE(shown(grid, 1, c, Qt::BackgroundRole).value<QBrush>().color(),
-                     QColor(0xC0, 0, 0));
     }
 
     void rowDataFollowsRowsAndGoesWithTheSheet() {
@@ -212,13 +191,6 @@ private slots:
         auto [screen, group, location, statement] =
             fetch<int, int, int, QString>("screen", "group", "location", "statement");
         QCOMPARE(frmTLView::ListStatement(screen, 5001, group, 1, 0, location, 7), statement);
-    }
-
-    void searchTextsLoseTheirWildcards() {
-        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral(" %Lee% ")), QStringLiteral("Lee"));
-        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("%% *")), QString());
-        // Trimmed before the star goes: a blank in front of it stays.
-        QCOMPARE(frmTLView::CleanSearchText(QStringLiteral("Lee *")), QStringLiteral("Lee "));
     }
 
     // A load that goes wrong leaves an empty sheet and one message; painting comes back on its
