@@ -56,10 +56,6 @@ class TestTray : public QObject {
         QVERIFY(!t.mnuResetConnection->isEnabled());
     }
 
-    static QColor centreOf(int index, int size) {
-        return TrayPictures::Picture(index, size).toImage().pixelColor(size / 5, size / 2);
-    }
-
 private slots:
     void initTestCase() {
         // The panel may still be taking the tray over on a busy machine.
@@ -93,22 +89,22 @@ private slots:
 
     // Every picture exists at the tray's sizes; the four looks differ, and the notes mark shows.
     void picturesHaveTheirLooks() {
+        using namespace TrayDisplay;
         for (int index = 1; index <= TrayPictures::kCount; ++index)
             QCOMPARE(TrayPictures::Icon(index).availableSizes().size(), 3);
         for (int size : {16, 22, 32}) {
-            const QSet<QRgb> looks = {centreOf(TrayDisplay::kSignedOut, size).rgb(),
-                                      centreOf(TrayDisplay::kIn, size).rgb(),
-                                      centreOf(TrayDisplay::kUnavailable, size).rgb(),
-                                      centreOf(TrayDisplay::kOther, size).rgb()};
+            const auto image = [size](int index) {
+                return TrayPictures::Picture(index, size).toImage();
+            };
+            QSet<QRgb> looks;
+            for (int index : {kSignedOut, kIn, kUnavailable, kOther})
+                looks << image(index).pixelColor(size / 5, size / 2).rgb();
             QCOMPARE(looks.size(), 4);
             for (auto [plain, marked] :
-                 {std::pair{TrayDisplay::kIn, TrayDisplay::kInWithNotes},
-                  std::pair{TrayDisplay::kUnavailable, TrayDisplay::kUnavailableWithNotes},
-                  std::pair{TrayDisplay::kOther, TrayDisplay::kOtherWithNotes}}) {
-                const QImage a = TrayPictures::Picture(plain, size).toImage();
-                const QImage b = TrayPictures::Picture(marked, size).toImage();
-                const QColor corner = b.pixelColor(size * 3 / 4, size * 7 / 8);
-                QVERIFY2(a != b, qPrintable(QString::number(marked)));
+                 {std::pair{kIn, kInWithNotes}, std::pair{kUnavailable, kUnavailableWithNotes},
+                  std::pair{kOther, kOtherWithNotes}}) {
+                const QColor corner = image(marked).pixelColor(size * 3 / 4, size * 7 / 8);
+                QVERIFY2(image(plain) != image(marked), qPrintable(QString::number(marked)));
                 QVERIFY(corner.red() > 200 && corner.green() > 180 && corner.blue() < 120);
             }
         }
@@ -152,7 +148,6 @@ private slots:
         modTLMain::BuildMenuItems();
         QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kIn);
         QCOMPARE(tray().trayIcon->toolTip(), QStringLiteral("Ann Lee\nStatus set to In"));
-        QCOMPARE(tray().TrayTip(), QStringLiteral("Ann Lee\rStatus set to In"));
         compareMenu(true);
         QVERIFY(statusEntry(QStringLiteral("In"))->isChecked());
         screenshot(QStringLiteral("tray-in"));
@@ -206,16 +201,15 @@ private slots:
         window->close();
     }
 
-    void signOutFromTheMenu() {
+    // Signing out from the menu takes the board away; exit while signed in takes the icon away
+    // first, then the sign-out reaches the server.
+    void signOutAndExit() {
         tray().mnuSignOut->trigger();
         QVERIFY(!TLMain().ActiveUser().ValidUser());
         QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kSignedOut);
         compareMenu(false);
         QVERIFY(!LoadedForm<frmTLView>() || !LoadedForm<frmTLView>()->isVisible());
-    }
 
-    // Exit while signed in: the icon goes first, then the sign-out reaches the server.
-    void exitWhileSignedIn() {
         QVERIFY(TLMain().ActiveUser().Login(QStringLiteral("ann"), QStringLiteral("demo")));
         QPointer<frmTLMain> form = &tray();
         std::atomic<int> iconAtFirstStatement = -1; // the program waits for the answer meanwhile
