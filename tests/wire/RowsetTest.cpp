@@ -287,7 +287,7 @@ private slots:
         }
     }
 
-    void writesInAdosOwnStyle() {
+    void writesAsTheServerDoes() {
         Rowset r = RowsetOf(
             {"ContactSys", "comment"},
             {{12LL, "<a href=\"x\">Tom's & Jerry's</a>\tcol\r\nnext\nline"}, {13LL, QVariant()}});
