@@ -67,9 +67,7 @@ private slots:
     void init() {
         FormRegistry::instance().unloadAll();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QSettings all(QStringLiteral("Norvane"), QStringLiteral("Tavlo"));
-        all.clear();
-        all.sync();
+        QSettings(QStringLiteral("Norvane"), QStringLiteral("Tavlo")).clear();
         AutoStart::Remove();
         live() = TLSettings();
         TLMain().ActiveOrganization().ChatDisabled = false;
@@ -235,8 +233,8 @@ private slots:
     }
 
     // Without auto login the credentials are disabled. The default buttons only fill in their
-    // controls. Cancel and Escape unload the dialog without
-    // saving; it shows what is stored when it comes back.
+    // controls. Cancel and Escape unload the dialog without saving; it shows what is stored when
+    // it comes back.
     void cancelAndEscapeLoseTheChanges() {
         store("UserName", QStringLiteral("ann"));
         auto& dialog = shown();

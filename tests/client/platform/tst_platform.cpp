@@ -96,16 +96,12 @@ std::unique_ptr<QProcess> startProbe(const QString& role, const QString& program
 
 } // namespace
 
-// The program's view of the machine: the network, the command line, the desktop, the stored
-// settings, the auto-start entry and the one instance a user.
+// The program's view of the machine: the network, the command line, the stored settings, the
+// auto-start entry and the one instance a user.
 class TestPlatform : public QObject {
     Q_OBJECT
 private slots:
-    void init() {
-        QSettings settings(QStringLiteral("Norvane"), QStringLiteral("Tavlo"));
-        settings.clear();
-        settings.sync();
-    }
+    void init() { QSettings(QStringLiteral("Norvane"), QStringLiteral("Tavlo")).clear(); }
     void cleanup() {
         NetworkInterfaces::SetSource({});
         CommandLine::SetArguments(std::nullopt);
