@@ -66,10 +66,8 @@ GatewayReply postStatement(const GatewayRequest& request) {
     const QByteArray url = (request.baseUrl + QStringLiteral("/XMLDemo.asp")).toUtf8();
     const QByteArray body = gatewayBody(request.sql);
     curl_slist* list = nullptr;
-    // "Name;" is how libcurl sends a header with an empty value ("Name:" would drop it).
-    const QByteArray cached = headerValue(request.lastCached);
-    list = curl_slist_append(
-        list, cached.trimmed().isEmpty() ? "lastCached;" : ("lastCached: " + cached).constData());
+    // Every caller stamps the request with the present moment, so the value is never empty.
+    list = curl_slist_append(list, ("lastCached: " + headerValue(request.lastCached)).constData());
     list = curl_slist_append(list, "Content-Type: application/x-www-form-urlencoded");
     list = curl_slist_append(list, "Expect:"); // no 100-continue round trip
     std::unique_ptr<curl_slist, ListDeleter> headers(list);
