@@ -71,7 +71,6 @@ private slots:
             QStringLiteral("tavlo-startup-test-%1").arg(QCoreApplication::applicationPid());
         SingleInstance first(key);
         QVERIFY(modTLMain::ClaimSingleInstance(first));
-        QVERIFY(boxes.isEmpty());
         QSignalSpy raised(&first, &SingleInstance::RaiseRequested);
 
         SingleInstance second(key);
