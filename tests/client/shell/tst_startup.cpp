@@ -22,15 +22,10 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-// The start-up: one instance a user, the splash, the first request and the version decision.
+// The start-up: one instance a user, the first request and the version decision.
 class TestStartup : public QObject {
     Q_OBJECT
     BoxRecorder boxes;
-
-    void storeWebAddress(const QString& address) {
-        SettingsStore::WriteText(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
-                                 QStringLiteral("WebAddress"), address);
-    }
 
 private slots:
     void init() {
@@ -116,7 +111,8 @@ private slots:
                           0});
         if (!up)
             server.stop();
-        storeWebAddress(server.baseUrl());
+        SettingsStore::WriteText(RegistryRoot::CurrentUser, modTLRegistry::kTavloKey,
+                                 QStringLiteral("WebAddress"), server.baseUrl());
         QVERIFY(modTLMain::Main());
         QCOMPARE(boxes.size(), up ? 0 : 1); // the gateway's own (tst_data)
         QCOMPARE(server.requests().value(0).body,

@@ -126,7 +126,6 @@ private slots:
         QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kSignedOut);
         QCOMPARE(tray().trayIcon->toolTip(), QStringLiteral("Tavlo - Not Logged In"));
         compareMenu(false);
-        QVERIFY(tray().mnuSignInAs->isEnabled());
         screenshot(QStringLiteral("tray-signed-out"));
 
         clickTray(QStringLiteral("1"), 2);
@@ -160,8 +159,6 @@ private slots:
         auto [status, statusSys] = fetch<QString, int>("status", "statusSys");
         QCOMPARE(f.sentBy([&] { statusEntry(status)->trigger(); }).value(0),
                  QStringLiteral("EXEC tl_SetStatus 1001,%1,NULL,NULL,NULL,5001").arg(statusSys));
-        QCOMPARE(f.query("SELECT statussys FROM contact WHERE contactsys = 1001").toInt(),
-                 statusSys);
         QVERIFY(statusEntry(status)->isChecked());
         screenshot(QStringLiteral("tray-") + QString(QTest::currentDataTag()).replace(' ', '-'));
     }
@@ -197,7 +194,6 @@ private slots:
     void signOutAndExit() {
         tray().mnuSignOut->trigger();
         QVERIFY(!TLMain().ActiveUser().ValidUser());
-        QCOMPARE(tray().TrayPictureIndex(), TrayDisplay::kSignedOut);
         compareMenu(false);
         QVERIFY(!LoadedForm<frmTLView>() || !LoadedForm<frmTLView>()->isVisible());
 

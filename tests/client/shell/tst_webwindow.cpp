@@ -72,7 +72,6 @@ private slots:
         QCOMPARE(pages()[2].path, QByteArray("/logincheck.asp"));
         QCOMPARE(pages()[3].target,
                  QByteArray("/Administrator.asp?p=1002&v=5002&r=0&visit_num=0&sentby=menu"));
-        QVERIFY(web.IsRunning());
         QCOMPARE(web.ProcessId(), window);
         Unload<frmTLView>();
     }
