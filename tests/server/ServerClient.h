@@ -33,7 +33,6 @@ public:
         const auto rs = read(QStringLiteral("EXEC LoginCheck '%1','%2'").arg(user, password));
         return rs && rs->RecordCount() == 1;
     }
-    void forget() const { m_cookies->clear(); }
     // The recordset of a read; nullopt when the answer is no rowset.
     std::optional<wire::Recordset> read(const QString& sql) const {
         const auto reply = post(sql);

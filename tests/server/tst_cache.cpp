@@ -45,15 +45,14 @@ private slots:
         QVERIFY(cache.Find(QStringLiteral("c"), 2));
     }
 
+    // Where each row's "not a friend" mark stands, so a copy can be marked per reader; none when
+    // a row has no mark of its own.
     void friendMarksAreFoundRowByRow_data() {
-        QTest::addColumn<QByteArray>("xml");
-        QTest::addColumn<int>("rows");
-        QTest::addColumn<QList<qsizetype>>("marks");
+        columns<QByteArray, int, QList<qsizetype>>("xml", "rows", "marks");
         const QByteArray two = "<z:row a='1' myfriend='0'/>\n<z:row a='2' myfriend='0'/>\n";
-        QTest::newRow("two rows") << two << 2 << QList<qsizetype>{23, 51};
-        QTest::newRow("a row without") << two << 3 << QList<qsizetype>{};
-        QTest::newRow("marked already")
-            << QByteArray("<z:row myfriend='1'/>") << 1 << QList<qsizetype>{};
+        row("two rows", two, 2, QList<qsizetype>{23, 51});
+        row("a row without", two, 3, QList<qsizetype>{});
+        row("marked already", QByteArray("<z:row myfriend='1'/>"), 1, QList<qsizetype>{});
     }
     void friendMarksAreFoundRowByRow() {
         auto [xml, rows, marks] = fetch<QByteArray, int, QList<qsizetype>>("xml", "rows", "marks");

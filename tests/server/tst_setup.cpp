@@ -8,8 +8,14 @@
 namespace {
 
 QStringList args(const QString& text) {
-    return text.split(QLatin1Char(' '));
+    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
+
+// A good release and a good person; an option given again stands instead.
+const QString kRelease = QStringLiteral(
+    "release --version 1.2.3 --ftp-site 127.0.0.1:2121 --ftp-dir / --file tavlo-update-1.2.3.run ");
+const QString kPerson =
+    QStringLiteral("person add --org 1 --first A --last B --user ab --email a@b.example ");
 
 QString captured(const QString& text, const char* pattern) {
     return QRegularExpression(QLatin1String(pattern)).match(text).captured(1);
@@ -122,11 +128,33 @@ private slots:
         QVERIFY(run({"history"}).contains(change));
     }
 
+    // `release` names what tl_VersionCheck answers next, to anyone: where the update file is, and
+    // the FTP user, password and SHA-256 (NULL when not given).
+    void aReleaseIsWhatTheVersionCheckNames_data() {
+        columns<QString, QString>("options", "signIn");
+        const QString sha = QStringLiteral("0123456789ABCDEF").repeated(4);
+        row("anonymous", "", "anonymous  NULL");
+        row("signed in", "--ftp-user update --ftp-password s3cret --sha256 " + sha,
+            "update s3cret " + sha.toLower());
+    }
+    void aReleaseIsWhatTheVersionCheckNames() {
+        auto [options, signIn] = fetch<QString, QString>("options", "signIn");
+        QVERIFY(run(args(kRelease + options)).contains("release 1.2.3 added"));
+        const auto rs = ServerClient(server->baseUrl()).read("EXECUTE tl_VersionCheck");
+        QVERIFY(rs && !rs->Eof());
+        QStringList got;
+        for (const char* name :
+             {"VersionString", "VersionMajor", "VersionMinor", "VersionRevision", "FTPSite",
+              "FTPDirectory", "FTPUpdateFileName", "FTPUserName", "FTPPassword", "UpdateSha256"}) {
+            const QVariant value = rs->Fields(name).Value();
+            got << (value.isValid() ? value.toString() : QStringLiteral("NULL"));
+        }
+        QCOMPARE(got.join(' '), "1.2.3 1 2 3 127.0.0.1:2121 / tavlo-update-1.2.3.run " + signIn);
+    }
+
     void badInputExitsTwoAndChangesNothing_data() {
         columns<QStringList, QString>("arguments", "message");
-        // A good person; an option given again stands instead.
-        const QString person =
-            "person add --org 1 --first A --last B --user ab --email a@b.example ";
+        const QString sha = QStringLiteral("0123456789ABCDEF").repeated(4);
         row("taken organisation", QStringList{"org", "add", "ACME LTD"},
             "there is an organisation named 'ACME LTD' already");
         row("unknown organisation", args("group add Sales2 --org Nowhere"),
@@ -140,12 +168,13 @@ private slots:
             "--order takes a whole number from 1 to 1000");
         row("status twice", args("status add in --org 1 --color #FF8000 --order 2"),
             "there is a status 'in' already");
-        row("user name taken", args(person + "--user ANN"), "user name 'ANN' is taken");
-        row("bad user name", args(person + "--user a/b"), "user name 'a/b' isn't 1 to 50 letters");
-        row("no last name", args(person + "--last="), "the last name is empty");
-        row("two addresses", args(person + "--email a@b.example,c@d.example"), "isn't one address");
-        row("unknown group", args(person + "--group Nope"), "there is no group 'Nope'");
-        row("unknown location", args(person + "--location Moon"), "there is no location 'Moon'");
+        row("user name taken", args(kPerson + "--user ANN"), "user name 'ANN' is taken");
+        row("bad user name", args(kPerson + "--user a/b"), "user name 'a/b' isn't 1 to 50 letters");
+        row("no last name", args(kPerson + "--last="), "the last name is empty");
+        row("two addresses", args(kPerson + "--email a@b.example,c@d.example"),
+            "isn't one address");
+        row("unknown group", args(kPerson + "--group Nope"), "there is no group 'Nope'");
+        row("unknown location", args(kPerson + "--location Moon"), "there is no location 'Moon'");
         row("disable nobody", args("person disable nobody"), "there is no user 'nobody'");
         row("missing file", args("person import /nonexistent.csv --org 1"),
             "can't read '/nonexistent.csv'");
@@ -153,6 +182,17 @@ private slots:
         row("unknown command", args("org rename X"), "unknown command: org rename X");
         row("history too long", args("history --days 401"),
             "--days takes a whole number from 1 to 400");
+        row("release, four parts", args(kRelease + "--version 1.2.3.4"), "--version takes");
+        row("release, over 32767", args(kRelease + "--version 1.32768.0"), "--version takes");
+        row("release, no version", args(kRelease + "--version="), "--version takes");
+        row("release, port 0", args(kRelease + "--ftp-site example.org:0"), "--ftp-site takes");
+        row("release, IPv6 unbracketed", args(kRelease + "--ftp-site ::1:2121"),
+            "--ftp-site takes");
+        row("release, no file", args(kRelease + "--file="), "--file takes");
+        row("release, file with folder", args(kRelease + "--file updates/x.run"), "--file takes");
+        row("release, sha256 short", args(kRelease + "--sha256 " + sha.left(63)), "--sha256 takes");
+        row("release, user alone", args(kRelease + "--ftp-user update"), "go together");
+        row("release, password alone", args(kRelease + "--ftp-password s3cret"), "go together");
     }
     void badInputExitsTwoAndChangesNothing() {
         auto [arguments, message] = fetch<QStringList, QString>("arguments", "message");

@@ -5,16 +5,20 @@
 #include "TavloServerProcess.h"
 #include "store/Database.h"
 
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QRegularExpression>
+#include <QTcpSocket>
 #include <QtTest>
 #include <atomic>
 #include <csignal>
 #include <future>
 #include <map>
 #include <set>
+#include <sys/resource.h>
 #include <thread>
 
 namespace {
@@ -49,21 +53,6 @@ void requireColumns(const wire::Recordset& rs, const QStringList& wanted) {
         QVERIFY2(have.contains(name), qPrintable(name + " missing from " + have.join(',')));
 }
 
-// `release` options: a good set with "name=value" changes ("name=" leaves one out).
-QStringList releaseOptions(const QString& changes) {
-    QMap<QString, QString> options{{"version", "1.2.3"},
-                                   {"ftp-site", "127.0.0.1:2121"},
-                                   {"ftp-dir", "/"},
-                                   {"file", "tavlo-update-1.2.3.run"}};
-    for (const QString& change : changes.split(QLatin1Char(' '), Qt::SkipEmptyParts))
-        options[change.section(QLatin1Char('='), 0, 0)] = change.section(QLatin1Char('='), 1);
-    QStringList out;
-    for (const auto& [name, value] : options.asKeyValueRange())
-        if (!value.isEmpty())
-            out << "--" + name << value;
-    return out;
-}
-
 struct Page {
     int status = 0;
     QByteArray body;
@@ -94,13 +83,57 @@ qint64 peakResidentKb(qint64 pid) {
     return match.hasMatch() ? match.captured(1).toLongLong() : -1;
 }
 
+// A plain TCP connection to the server, closed with the object.
+class Connection {
+public:
+    explicit Connection(int port) {
+        m_socket.connectToHost(QHostAddress::LocalHost, quint16(port));
+        m_socket.waitForConnected(5000);
+    }
+    bool send(const QByteArray& bytes) {
+        return m_socket.write(bytes) == bytes.size() && m_socket.waitForBytesWritten(1000);
+    }
+    // The answer's status, 0 when the server closed without one, -1 when none came in time.
+    int status(int timeoutMs) {
+        const QDeadlineTimer deadline(timeoutMs);
+        while (!m_socket.canReadLine())
+            if (!m_socket.waitForReadyRead(int(deadline.remainingTime())))
+                return m_socket.state() == QAbstractSocket::ConnectedState ? -1 : 0;
+        return m_socket.readLine().mid(9, 3).toInt();
+    }
+
+private:
+    QTcpSocket m_socket;
+};
+
+QByteArray post(const QByteArray& body, const QByteArray& extraHeaders = {}) {
+    return "POST /XMLDemo.asp HTTP/1.1\r\nHost: x\r\nContent-Type: "
+           "application/x-www-form-urlencoded\r\nContent-Length: " +
+           QByteArray::number(body.size()) + "\r\n" + extraHeaders + "\r\n" + body;
+}
+
+const QByteArray kHealth = "GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n";
+
+int openFiles(qint64 pid) {
+    return int(QDir(QStringLiteral("/proc/%1/fd").arg(pid)).entryList(QDir::NoDotAndDotDot).size());
+}
+
+void setFileLimit(qint64 pid, rlim_t soft) {
+    rlimit limit{};
+    ::prlimit(pid_t(pid), RLIMIT_NOFILE, nullptr, &limit);
+    limit.rlim_cur = std::min(soft, limit.rlim_max);
+    QVERIFY(::prlimit(pid_t(pid), RLIMIT_NOFILE, &limit, nullptr) == 0);
+}
+
 } // namespace
 
-// Every statement the client sends, as it sends it, against a real server with demo data: the
-// gateway runs nothing but catalogue statements of the right shapes, and only for whoever signed
-// in, by their rights. The demo: ann (user 5001, contact 1001) and bob (5002, 1002) may change
-// others' status, carol (5003, 1003) may not; hana (5008) belongs to another organisation.
-class TestCatalogue : public QObject {
+// The gateway of a real server with demo data: every statement the client sends, as it sends it;
+// nothing but catalogue statements of the right shapes runs, and only for whoever signed in, by
+// their rights; slow, oversized and too many requests are turned away while the rest of the office
+// is answered; restarts and kill -9 lose no session and no acknowledged write. The demo: ann
+// (user 5001, contact 1001) and bob (5002, 1002) may change others' status, carol (5003, 1003)
+// may not; hana (5008) belongs to another organisation.
+class TestGateway : public QObject {
     Q_OBJECT
     std::unique_ptr<SmtpSink> sink;
     std::unique_ptr<TavloServerProcess> server;
@@ -433,50 +466,6 @@ private slots:
         QCOMPARE(boardFlag(), 0);
     }
 
-    // `release` names what tl_VersionCheck answers next; bad input is refused (exit 2, the reason
-    // on the error output) and nothing is written.
-    void release_data() {
-        // refusal "": taken; signIn: the user, password and SHA-256 it names
-        columns<QString, QString, QString>("changes", "refusal", "signIn");
-        const QString sha = QStringLiteral("0123456789ABCDEF").repeated(4);
-        row("anonymous", "", "", "anonymous  NULL");
-        row("user, password, sha256", "ftp-user=update ftp-password=s3cret sha256=" + sha, "",
-            "update s3cret " + sha.toLower());
-        row("four parts", "version=1.2.3.4", "--version takes", "");
-        row("over 32767", "version=1.32768.0", "--version takes", "");
-        row("no version", "version=", "--version takes", "");
-        row("port 0", "ftp-site=example.org:0", "--ftp-site takes", "");
-        row("IPv6 unbracketed", "ftp-site=::1:2121", "--ftp-site takes", "");
-        row("no file", "file=", "--file takes", "");
-        row("file with folder", "file=updates/x.run", "--file takes", "");
-        row("sha256 short", "sha256=" + sha.left(63), "--sha256 takes", "");
-        row("user alone", "ftp-user=update", "go together", "");
-        row("password alone", "ftp-password=s3cret", "go together", "");
-    }
-    void release() {
-        auto [changes, refusal, signIn] =
-            fetch<QString, QString, QString>("changes", "refusal", "signIn");
-        const QString before = db->dump();
-        int exitCode = -1;
-        const QString output =
-            server->run(QStringList{"release"} + releaseOptions(changes), &exitCode);
-        if (!refusal.isEmpty()) {
-            QCOMPARE(exitCode, 2);
-            QVERIFY2(output.contains(refusal), qPrintable(output));
-            QCOMPARE(db->dump(), before);
-            return;
-        }
-        QVERIFY2(exitCode == 0, qPrintable(output));
-        const auto rs = as("ann").read("EXECUTE tl_VersionCheck");
-        QVERIFY(rs && rs->RecordCount() > 1);
-        QStringList got;
-        for (const char* name :
-             {"VersionString", "VersionMajor", "VersionMinor", "VersionRevision", "FTPSite",
-              "FTPDirectory", "FTPUpdateFileName", "FTPUserName", "FTPPassword", "UpdateSha256"})
-            got << text(*rs, name);
-        QCOMPARE(got.join(' '), "1.2.3 1 2 3 127.0.0.1:2121 / tavlo-update-1.2.3.run " + signIn);
-    }
-
     // Mail goes out from the server's address to people of the sender's organisation; the recovery
     // link only to the address the question matched, and a reset ends open sessions.
     void mail() {
@@ -645,6 +634,109 @@ private slots:
         QCOMPARE(web(url("/pictures/..%2Fetc.png")).status, 404);
     }
 
+    // Far more silent and trickling connections than workers: polls are still answered, and a
+    // request that doesn't arrive whole within its deadline (10 s) is cut off.
+    void slowConnectionsDontStarveOthers() {
+        std::vector<std::unique_ptr<Connection>> idle, trickling;
+        for (int i = 0; i < 60; ++i)
+            idle.push_back(std::make_unique<Connection>(server->port()));
+        for (int i = 0; i < 20; ++i) {
+            trickling.push_back(std::make_unique<Connection>(server->port()));
+            QVERIFY(trickling.back()->send("P"));
+        }
+        QElapsedTimer took;
+        took.start();
+        QVERIFY(as("ann").read("EXEC tl_GetContactStatus 1001"));
+        Connection health(server->port());
+        QVERIFY(health.send(kHealth));
+        QCOMPARE(health.status(2000), 200);
+        QVERIFY(took.elapsed() < 2000);
+        for (int second = 0; second < 12; ++second) {
+            for (auto& c : trickling)
+                c->send("O");
+            QTest::qWait(1000);
+        }
+        for (auto& c : trickling)
+            QCOMPARE(c->status(1000), 0); // closed by the server, no answer
+    }
+
+    // Requests over a limit are answered with their reason, and logged, before anything reads them.
+    void limits_data() {
+        columns<QByteArray, int>("request", "status");
+        QByteArray fields;
+        for (int i = 0; i < 100; ++i)
+            fields += "X-Field-" + QByteArray::number(i) + ": 1\r\n";
+        row("100 header fields", post("strSQL=x", fields), 431);
+        row("a 10 KB header", post("strSQL=x", "X-Big: " + QByteArray(10240, 'a') + "\r\n"), 431);
+        row("a 70 KB body", post("strSQL=" + QByteArray(70 * 1024, 'a')), 413);
+        row("not HTTP", QByteArray("HELLO\r\n\r\n"), 400);
+        row("unknown page", QByteArray("GET /nothing HTTP/1.1\r\nHost: x\r\n\r\n"), 404);
+    }
+    void limits() {
+        auto [request, status] = fetch<QByteArray, int>("request", "status");
+        Connection c(server->port());
+        c.send(request);
+        QCOMPARE(c.status(5000), status);
+        if (status != 404)
+            QTRY_VERIFY(server->log().contains(
+                QStringLiteral("refused from 127.0.0.1: HTTP %1").arg(status)));
+    }
+
+    // The longest note, every character percent-encoded by the client, fits in a request.
+    void aFullNoteFits() {
+        const QString note(8000, QLatin1Char('!'));
+        QVERIFY(as("ann").write("EXEC tl_AddContactNote 1002,'" + note + "',5001,0"));
+        QVERIFY(db->exec("SELECT 1 FROM note WHERE notetext = ?", {note}).next());
+    }
+
+    // With one worker and one place in the queue, a burst of slow sign-ins is partly answered 503
+    // at once instead of waiting; one address may hold only its share of connections.
+    void busyAndCrowdedAreTurnedAway() {
+        TavloServerProcess small(
+            TavloServerProcess::Data::Demo,
+            {"--workers", "1", "--queue", "1", "--max-connections-per-address", "12"});
+        QVERIFY2(small.started(), qPrintable(small.failure()));
+        std::vector<std::unique_ptr<Connection>> burst;
+        for (int i = 0; i < 10; ++i) {
+            burst.push_back(std::make_unique<Connection>(small.port()));
+            burst.back()->send(post("strSQL=EXEC%20LoginCheck%20%27ann%27%2C%27wrong%27"));
+        }
+        QMap<int, int> statuses;
+        for (auto& c : burst)
+            ++statuses[c->status(20000)];
+        QVERIFY2(statuses.value(503) > 0 && statuses.value(200) > 0,
+                 qPrintable(QString::number(statuses.value(503))));
+        burst.clear();
+        std::vector<std::unique_ptr<Connection>> crowd;
+        for (int i = 0; i < 12; ++i)
+            crowd.push_back(std::make_unique<Connection>(small.port()));
+        Connection over(small.port());
+        QVERIFY(over.send(kHealth));
+        QCOMPARE(over.status(2000), 503);
+        crowd.clear();
+        Connection again(small.port());
+        QVERIFY(again.send(kHealth));
+        QCOMPARE(again.status(5000), 200);
+    }
+
+    // Out of file handles: nothing is answered while they are short, nothing ends the server (the
+    // background work can't open its database meanwhile either), and answers come again by
+    // themselves once handles are free.
+    void runningOutOfFileHandlesHeals() {
+        const qint64 pid = server->pid();
+        setFileLimit(pid, rlim_t(openFiles(pid) + 8));
+        std::vector<std::unique_ptr<Connection>> hoard;
+        for (int i = 0; i < 30; ++i)
+            hoard.push_back(std::make_unique<Connection>(server->port()));
+        Connection starved(server->port());
+        QVERIFY(starved.send(kHealth));
+        QCOMPARE(starved.status(1000), -1);
+        hoard.clear();
+        setFileLimit(pid, RLIM_INFINITY);
+        QCOMPARE(starved.status(5000), 200);
+        QTRY_VERIFY(server->log().contains(QStringLiteral("accepting connections again")));
+    }
+
     // The server killed outright (kill -9) again and again while writers keep writing: every write
     // it acknowledged is still there after each restart.
     void acknowledgedWritesSurviveKills() {
@@ -697,5 +789,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCatalogue)
-#include "tst_catalogue.moc"
+QTEST_GUILESS_MAIN(TestGateway)
+#include "tst_gateway.moc"
