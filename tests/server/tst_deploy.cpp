@@ -55,13 +55,14 @@ class TestDeploy : public QObject {
             .replace("/etc/tavlo/tls/privkey.pem", folder + "/key.pem");
         QFile main(folder + "/nginx.conf");
         QVERIFY(main.open(QIODevice::WriteOnly));
-        main.write(QStringLiteral(
-                       "daemon off;\nuser root;\nworker_processes 1;\npid %1/nginx.pid;\nerror_log "
-                       "%1/error.log;\nevents {}\nhttp {\n access_log off;\n client_body_temp_path "
-                       "%1/body;\n proxy_temp_path %1/proxy;\n fastcgi_temp_path %1/fcgi;\n "
-                       "uwsgi_temp_path %1/uwsgi;\n scgi_temp_path %1/scgi;\n%2\n}\n")
-                       .arg(folder, site)
-                       .toUtf8());
+        main.write(
+            QStringLiteral("daemon off;\nuser root;\nworker_processes 1;\npid %1/nginx.pid;\n"
+                           "error_log %1/error.log;\nevents {}\nhttp {\n access_log off;\n"
+                           " client_body_temp_path %1/body;\n proxy_temp_path %1/proxy;\n"
+                           " fastcgi_temp_path %1/fcgi;\n uwsgi_temp_path %1/uwsgi;\n"
+                           " scgi_temp_path %1/scgi;\n%2\n}\n")
+                .arg(folder, site)
+                .toUtf8());
     }
 
 private slots:
@@ -91,14 +92,9 @@ private slots:
                                         dir.filePath("error.log")});
         QTRY_VERIFY_WITH_TIMEOUT(curl({https("/healthz")}) == QStringLiteral("ok\n"), 10000);
     }
-    void cleanupTestCase() {
-        if (nginx.state() != QProcess::NotRunning) {
-            nginx.terminate();
-            nginx.waitForFinished(5000);
-        }
-        first.reset();
-        second.reset();
-        pg.reset();
+    void cleanupTestCase() { // the servers stop with their objects, before the database
+        nginx.terminate();
+        nginx.waitForFinished(5000);
     }
 
     // Over TLS at the proxy: a sign-in, its session and a poll; plain HTTP is sent to HTTPS.
@@ -116,8 +112,7 @@ private slots:
         ServerClient annHere(first->baseUrl(), QStringLiteral("ann"));
         ServerClient annThere(second->baseUrl(), QStringLiteral("ann"));
         auto bobThere = [&](const char* column) {
-            auto rs =
-                annThere.read(QStringLiteral("EXEC tl_GetUserStatuses NULL,1002,1,5001,NULL"));
+            auto rs = annThere.read("EXEC tl_GetUserStatuses NULL,1002,1,5001,NULL");
             return rs ? rs->Fields(QLatin1String(column)).Value() : QVariant();
         };
         QVERIFY(bobThere("comment") != QVariant(QStringLiteral("At the dentist")));
@@ -126,7 +121,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(bobThere("comment"), QVariant(QStringLiteral("At the dentist")),
                                   1000);
         ServerClient bobHere(first->baseUrl(), QStringLiteral("bob"));
-        QVERIFY(bobHere.write(QStringLiteral("EXEC tl_UpdateChatStatus 1002, 1")));
+        QVERIFY(bobHere.write("EXEC tl_UpdateChatStatus 1002, 1"));
         QTRY_COMPARE_WITH_TIMEOUT(bobThere("ChatStatus").toInt(), 1, 5000);
     }
 
@@ -143,25 +138,24 @@ private slots:
 
         ServerClient here(first->baseUrl()), there(second->baseUrl());
         for (int i = 0; i < 5; ++i)
-            QVERIFY(here.read(QStringLiteral("EXEC LoginCheck 'grace','wrong'")));
-        QVERIFY(there.refused(QStringLiteral("EXEC LoginCheck 'grace','demo'"), 429));
+            QVERIFY(here.read("EXEC LoginCheck 'grace','wrong'"));
+        QVERIFY(there.refused("EXEC LoginCheck 'grace','demo'", 429));
 
-        QVERIFY(here.read(QStringLiteral("tl_ForgotPassword 'erin@demo.example','Price'")));
+        QVERIFY(here.read("tl_ForgotPassword 'erin@demo.example','Price'"));
         QVERIFY(there.write(QStringLiteral(
             "EXEC tl_SendEmail 'erin@demo.example','Tavlo Lost Password Request','Below is your "
             "Tavlo UserName and Password:','info@demo.example','info@demo.example',''")));
         Database db(pg->url());
-        QSqlQuery mail =
-            db.exec(QStringLiteral("SELECT body FROM outbox WHERE mailto = 'erin@demo.example'"));
+        QSqlQuery mail = db.exec("SELECT body FROM outbox WHERE mailto = 'erin@demo.example'");
         QVERIFY(mail.next());
-        QVERIFY(mail.value(0).toString().contains(QStringLiteral("/reset?token=")));
+        QVERIFY(mail.value(0).toString().contains("/reset?token="));
     }
 
     // With one server gone, the proxy's answers come from the other.
     void oneServerDown() {
         second.reset();
         for (int i = 0; i < 6; ++i)
-            QCOMPARE(curl({https("/healthz")}), QStringLiteral("ok\n"));
+            QCOMPARE(curl({https("/healthz")}), "ok\n");
     }
 };
 

@@ -282,12 +282,12 @@ private slots:
         QVERIFY(row && !row->Eof());
         requireColumns(*row, kStatusColumns + kContactColumns);
         QCOMPARE(field(*row, "StatusSys").toInt(), 8);
-        QCOMPARE(field(*row, "returningtext").toString(), QStringLiteral("11/20/2026 5:30 PM"));
-        QCOMPARE(field(*row, "comment").toString(), QStringLiteral("Client's office"));
+        QCOMPARE(field(*row, "returningtext").toString(), "11/20/2026 5:30 PM");
+        QCOMPARE(field(*row, "comment").toString(), "Client's office");
         const auto poll = as("ann").read("EXEC tl_GetContactStatus 1003");
         QVERIFY(poll && !poll->Eof());
         requireColumns(*poll, kStatusColumns + QStringList{"comment"});
-        QCOMPARE(field(*poll, "Status").toString(), QStringLiteral("Out"));
+        QCOMPARE(field(*poll, "Status").toString(), "Out");
         QCOMPARE(scalar("SELECT statussetby FROM contact WHERE contactsys = 1003"), 5002);
 
         QVERIFY(as("ann").write("EXEC tl_SetStatus 1003,6,NULL,NULL,NULL,5001"));
@@ -295,7 +295,7 @@ private slots:
             field(*as("ann").read("EXEC tl_GetUserStatuses NULL,1003,1,NULL"), "StatusSys").toInt(),
             6);
         row = as("ann").read("EXECUTE tl_GetUserStatuses NULL,1003");
-        QCOMPARE(field(*row, "returningtext").toString(), QStringLiteral("01/01/00 12:00AM"));
+        QCOMPARE(field(*row, "returningtext").toString(), "01/01/00 12:00AM");
         QVERIFY(!field(*row, "comment").isValid());
     }
 
@@ -351,8 +351,8 @@ private slots:
         QVERIFY(notes && notes->RecordCount() == 1);
         requireColumns(*notes,
                        words("NoteSys DateEntered EnteredBySys EnteredByName NoteText DateRead"));
-        QCOMPARE(field(*notes, "NoteText").toString(), QStringLiteral("See me, it's urgent"));
-        QCOMPARE(field(*notes, "EnteredByName").toString(), QStringLiteral("Ann Lee"));
+        QCOMPARE(field(*notes, "NoteText").toString(), "See me, it's urgent");
+        QCOMPARE(field(*notes, "EnteredByName").toString(), "Ann Lee");
         const QString note = field(*notes, "NoteSys").toString();
         QVERIFY(erin.write("EXEC tl_SetNoteRead 5005, " + note));
         QCOMPARE(unread(), 0);
@@ -734,7 +734,7 @@ private slots:
         hoard.clear();
         setFileLimit(pid, RLIM_INFINITY);
         QCOMPARE(starved.status(5000), 200);
-        QTRY_VERIFY(server->log().contains(QStringLiteral("accepting connections again")));
+        QTRY_VERIFY(server->log().contains("accepting connections again"));
     }
 
     // The server killed outright (kill -9) again and again while writers keep writing: every write

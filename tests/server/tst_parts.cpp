@@ -35,25 +35,25 @@ private slots:
         for (int i = 0; i < 10; ++i) {
             cache.Store(QString::number(i), 1, answerOf(200 * 1024));
             QVERIFY(cache.Bytes() <= std::size_t(1 << 20));
-            QVERIFY(cache.Find(QStringLiteral("0"), 1)); // used each time: kept
+            QVERIFY(cache.Find("0", 1)); // used each time: kept
         }
-        QVERIFY(!cache.Find(QStringLiteral("1"), 1)); // the least recently used went first
-        QVERIFY(cache.Find(QStringLiteral("9"), 1));
-        cache.Store(QStringLiteral("huge"), 1, answerOf(2 << 20)); // more than all: not kept
-        QVERIFY(!cache.Find(QStringLiteral("huge"), 1));
-        QVERIFY(cache.Find(QStringLiteral("9"), 1));
+        QVERIFY(!cache.Find("1", 1)); // the least recently used went first
+        QVERIFY(cache.Find("9", 1));
+        cache.Store("huge", 1, answerOf(2 << 20)); // more than all: not kept
+        QVERIFY(!cache.Find("huge", 1));
+        QVERIFY(cache.Find("9", 1));
     }
 
     void cacheDropsOutdatedAnswers() {
         AnswerCache cache(1 << 20);
-        cache.Store(QStringLiteral("a"), 1, answerOf(1000));
-        cache.Store(QStringLiteral("b"), 1, answerOf(1000));
-        QVERIFY(!cache.Find(QStringLiteral("a"), 2)); // asked at a newer version: dropped
-        cache.Store(QStringLiteral("c"), 2, answerOf(1000));
-        QVERIFY(!cache.Find(QStringLiteral("b"), 1));        // a newer store clears the older ones
-        cache.Store(QStringLiteral("d"), 1, answerOf(1000)); // made from outdated data
-        QVERIFY(!cache.Find(QStringLiteral("d"), 1));
-        QVERIFY(cache.Find(QStringLiteral("c"), 2));
+        cache.Store("a", 1, answerOf(1000));
+        cache.Store("b", 1, answerOf(1000));
+        QVERIFY(!cache.Find("a", 2)); // asked at a newer version: dropped
+        cache.Store("c", 2, answerOf(1000));
+        QVERIFY(!cache.Find("b", 1));        // a newer store clears the older ones
+        cache.Store("d", 1, answerOf(1000)); // made from outdated data
+        QVERIFY(!cache.Find("d", 1));
+        QVERIFY(cache.Find("c", 2));
     }
 
     // Where each row's "not a friend" mark stands, so a copy can be marked per reader; none when
@@ -94,7 +94,7 @@ private slots:
 
         // Nobody listening: both stay waiting, with the reason, until their wait has passed.
         QCOMPARE(Outbox::DeliverWaiting(db, nobody, from, at("2026-11-18T09:00:10")), 0);
-        QVERIFY(Outbox::List(db).at(0).contains(QStringLiteral("waiting")));
+        QVERIFY(Outbox::List(db).at(0).contains("waiting"));
         SmtpSink sink;
         QCOMPARE(Outbox::DeliverWaiting(db, sink.url(), from, at("2026-11-18T09:00:40")), 0);
         QCOMPARE(Outbox::DeliverWaiting(db, sink.url(), from, at("2026-11-18T09:01:20")), 2);
@@ -112,12 +112,12 @@ private slots:
 
         // A mail that still fails a day after it was queued is given up.
         db.write([&] {
-            db.exec(QStringLiteral("INSERT INTO outbox (mailsys, queuedat, mailto, subject, body) "
-                                   "VALUES (3, '2026-11-18T09:00:00', 'bob@demo.example', 'S', "
-                                   "'B')"));
+            db.exec("INSERT INTO outbox (mailsys, queuedat, mailto, subject, body) "
+                    "VALUES (3, '2026-11-18T09:00:00', 'bob@demo.example', 'S', "
+                    "'B')");
         });
         QCOMPARE(Outbox::DeliverWaiting(db, nobody, from, at("2026-11-19T09:00:01")), 0);
-        QVERIFY(Outbox::List(db).at(2).contains(QStringLiteral("given up")));
+        QVERIFY(Outbox::List(db).at(2).contains("given up"));
         QCOMPARE(Outbox::DeliverWaiting(db, sink.url(), from, at("2026-11-20T09:00:00")), 0);
     }
 };
