@@ -75,7 +75,6 @@ class TestTrayTimers : public QObject {
         }
     }
 
-    // One tick of the status poll.
     QStringList tick() {
         return f.sentBy([this] { tray().tmrUpdateStatus_Timer(); });
     }
