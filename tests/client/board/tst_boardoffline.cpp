@@ -91,30 +91,6 @@ private slots:
                  int(Qt::ItemIsEnabled | Qt::ItemIsSelectable));
     }
 
-    void rowDataFollowsRowsAndGoesWithTheSheet() {
-        SpreadGrid grid;
-        QAbstractItemModelTester tester(grid.model(),
-                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
-        sheet(grid, 4, 2);
-        for (int r = 1; r <= 4; ++r) {
-            grid.SetRowItemData(r, 1000 + r);
-            at(grid, r, 1);
-            grid.SetText(QString::number(r));
-        }
-        at(grid, 2, -1);
-        grid.Row2 = 3;
-        grid.DeleteRows();
-        QCOMPARE(grid.MaxRows(), 4); // the size stays; the caller lowers it
-        QCOMPARE(grid.GetRowItemData(2), 1004);
-        QCOMPARE(shown(grid, 1, 0, Qt::DisplayRole).toString(), QStringLiteral("4"));
-        QCOMPARE(grid.GetRowItemData(3), 0);
-        grid.SetMaxRows(0);
-        grid.SetMaxRows(2);
-        QCOMPARE(grid.GetRowItemData(1), 0);
-        QVERIFY(!shown(grid, 0, 0, Qt::DisplayRole).isValid());
-        QCOMPARE(grid.GetRowItemData(99), 0);
-    }
-
     void cellUnderThePointer() {
         SpreadGrid grid;
         sheet(grid, 3, 3);
@@ -142,7 +118,8 @@ private slots:
     }
 
     // A load in a batch: the view meets the rows only at its end, in one insertion, and a
-    // reload shows only its own rows, with nothing left of the load before.
+    // reload shows only its own rows, with nothing left of the load before. A row deleted
+    // afterwards takes its number with it and the sheet keeps its size.
     void batchedLoadsReplaceTheRows_data() {
         columns<int, int>("before", "after");
         row("fewer", 5, 2);
@@ -176,21 +153,23 @@ private slots:
             QVERIFY(!shown(grid, r, 0, Qt::DisplayRole).isValid());
             QCOMPARE(grid.isRowHidden(r), r == 1);
         }
+        grid.SetRowItemData(after, 7);
+        at(grid, 1, -1);
+        grid.Row2 = 1;
+        grid.DeleteRows();
+        QCOMPARE(grid.MaxRows(), after);
+        if (after > 1) {
+            QCOMPARE(shown(grid, 0, 1, Qt::DisplayRole).toString(), QStringLiteral("new2"));
+            QCOMPARE(grid.GetRowItemData(after - 1), 7);
+        }
     }
 
-    void listStatements_data() {
-        columns<int, int, int, QString>("screen", "group", "location", "statement");
-        row("all, no location", 0, 0, 0, "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL");
-        row("all, every location", 0, 0, -1, "EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL");
-        row("group and location", 0, 3, 2, "EXEC tl_GetUserStatuses 3,NULL,1,5001,2");
-        row("friends", 1, 3, 2, "EXEC tl_GetMyFriendsList 5001,7");
-        row("companies", 2, 0, 0, "EXEC tl_GetCompanyList 5001");
-        row("unknown list", 5, 0, 0, "");
-    }
-    void listStatements() {
-        auto [screen, group, location, statement] =
-            fetch<int, int, int, QString>("screen", "group", "location", "statement");
-        QCOMPARE(frmTLView::ListStatement(screen, 5001, group, 1, 0, location, 7), statement);
+    // The board's own tabs send the rest; these come only from the location setting.
+    void listStatementsByLocation() {
+        QCOMPARE(frmTLView::ListStatement(0, 5001, 0, 1, 0, -1, 7),
+                 QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")); // every one
+        QCOMPARE(frmTLView::ListStatement(0, 5001, 3, 1, 0, 2, 7),
+                 QStringLiteral("EXEC tl_GetUserStatuses 3,NULL,1,5001,2"));
     }
 
     // A load that goes wrong leaves an empty sheet and one message; painting comes back on its

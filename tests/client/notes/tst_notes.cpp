@@ -82,8 +82,9 @@ private slots:
         QCOMPARE(sent.last(), QStringLiteral("EXEC tl_DeleteNote 3, 5001"));
         QCOMPARE(noteColumn("deleted", 3).toInt(), 1);
         QVERIFY(window->txtMessageText->toPlainText().isEmpty());
-        QCOMPARE(shown(grid).size(), 2);
-        window->gridNotes_Click(2, 1); // the rows below moved up, with their notes
+        QCOMPARE(shown(grid).size(), 2); // the rows below moved up, with their notes
+        QCOMPARE(shown(grid).value(0), QStringLiteral("Lunch on Friday?|Carol Nolan|plain|read"));
+        window->gridNotes_Click(2, 1);
         QCOMPARE(window->txtMessageText->toPlainText(), QStringLiteral("Lunch on Friday?"));
 
         window->gridNotes_Click(3, 2); // the author's column: a reply to Bob
