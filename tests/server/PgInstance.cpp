@@ -59,10 +59,6 @@ bool PgInstance::restart() {
     return runAsOwner("pg_ctl", words("-m fast -w -l log restart -D") << m_data);
 }
 
-QString PgInstance::url() const {
-    return QStringLiteral("postgresql://postgres@127.0.0.1:%1/tavlo").arg(m_port);
-}
-
 bool PgInstance::runAsOwner(const char* program, const QStringList& arguments) {
     QProcess process;
     process.setWorkingDirectory(m_dir.path());

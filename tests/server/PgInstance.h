@@ -17,8 +17,10 @@ public:
 
     bool available() const { return m_ready; }
     QString reason() const { return m_reason; }
-    QString url() const; // postgresql://postgres@127.0.0.1:PORT/tavlo
-    bool restart();      // stops and starts the cluster, as an operator's restart would
+    QString url() const {
+        return QStringLiteral("postgresql://postgres@127.0.0.1:%1/tavlo").arg(m_port);
+    }
+    bool restart(); // stops and starts the cluster, as an operator's restart would
 
 private:
     bool runAsOwner(const char* program, const QStringList& arguments);

@@ -44,10 +44,6 @@ bool TavloServerProcess::restart() {
     return launch(port);
 }
 
-qint64 TavloServerProcess::pid() const {
-    return m_process.processId();
-}
-
 // Starts `serve` and waits for the port it says it listens on.
 bool TavloServerProcess::launch(int port) {
     m_process.start(executable(), QStringList{QStringLiteral("serve"), QStringLiteral("--listen"),

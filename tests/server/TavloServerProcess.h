@@ -34,7 +34,7 @@ public:
     QString log();
     // Stops the server and starts it again on the same port and database.
     bool restart();
-    qint64 pid() const;
+    qint64 pid() const { return m_process.processId(); }
 
     static QString executable();
     static bool postgresRequested();
