@@ -8,7 +8,6 @@
 #include "platform/WindowAlert.h"
 #include "shell/frmTLMain.h"
 #include <QSignalSpy>
-#include <QTcpServer>
 #include <QTextCursor>
 
 namespace {
@@ -169,7 +168,6 @@ private slots:
         board().Chat(QStringLiteral("carol"));
         QCOMPARE(board().chats.size(), 3);
         frmTLChat* toCarol = board().chats[2];
-        QCOMPARE(toCarol->windowTitle(), QStringLiteral("Chat with carol"));
         QCOMPARE(flashes, 3);
 
         // Carol isn't on chat: the message bounces, the user is told, the connection stays.
@@ -188,22 +186,8 @@ private slots:
                  QStringLiteral("<bob> still there?"));
     }
 
-    // The connection alone: a closed port is refused in words, and a socket deleted by its own
-    // error handler raises nothing more.
-    void socketFailures() {
-        quint16 port;
-        {
-            QTcpServer probe;
-            QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
-            port = probe.serverPort();
-        }
-        ::Socket refused;
-        QSignalSpy errors(&refused, &::Socket::Error);
-        refused.Connect(QStringLiteral("localhost"), port, "ann", "pw", "Desk", 1, 2, false);
-        QTRY_COMPARE_WITH_TIMEOUT(errors.count(), 1, kWait);
-        QCOMPARE(errors.last().at(1).toString(),
-                 QStringLiteral("Connection is forcefully rejected"));
-
+    // A socket deleted by its own error handler raises nothing more.
+    void aSocketDeletedByItsErrorHandlerStopsThere() {
         QPointer<::Socket> lonely = new ::Socket;
         QSignalSpy lonelyErrors(lonely.data(), &::Socket::Error);
         connect(lonely.data(), &::Socket::Error, lonely.data(),
