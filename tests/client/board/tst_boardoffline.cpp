@@ -7,7 +7,6 @@
 #include "board/SpreadGrid.h"
 #include "board/frmTLView.h"
 #include "shell/TLMain.h"
-#include "shell/modTLMain.h"
 #include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QHeaderView>
@@ -164,10 +163,11 @@ private slots:
         }
     }
 
-    // The board's own tabs send the rest; these come only from the location setting.
+    // The board's own tabs send the other lists; a location comes only from the settings,
+    // where "every location" (-1) names none, as no choice (0) does.
     void listStatementsByLocation() {
         QCOMPARE(frmTLView::ListStatement(0, 5001, 0, 1, 0, -1, 7),
-                 QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL")); // every one
+                 QStringLiteral("EXEC tl_GetUserStatuses NULL,NULL,1,5001,NULL"));
         QCOMPARE(frmTLView::ListStatement(0, 5001, 3, 1, 0, 2, 7),
                  QStringLiteral("EXEC tl_GetUserStatuses 3,NULL,1,5001,2"));
     }

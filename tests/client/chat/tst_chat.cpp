@@ -35,8 +35,8 @@ QString formats(QTextEdit* rtb) {
 } // namespace
 
 // Chat through a real chat server and a real tavlo-server: connecting (a first-time user
-// registers), the chat state on the server, network loss, conversations with a peer, and the
-// connection's own failures.
+// registers), the chat state on the server, network loss, conversations with a peer; then a
+// socket's own failure and how the log colours names.
 class TestChat : public QObject {
     Q_OBJECT
     SignInFixture f;

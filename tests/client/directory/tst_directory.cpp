@@ -25,8 +25,8 @@ wire::Recordset record(const QStringList& names, const QVariantList& values) {
 } // namespace
 
 // The records, which fill themselves from any result that holds some of their columns; the
-// organisation's lists as sign-in loads them, a status change as the server receives it,
-// and a person's details and status as read, against a stub server.
+// returning moment as the board words it; the organisation's lists as sign-in loads them and a
+// status change as the server receives it, against a stub server.
 class TestDirectory : public QObject {
     Q_OBJECT
     std::unique_ptr<TestHttpServer> server;
@@ -110,8 +110,7 @@ private slots:
         row("date alone, blank trimmed", "11/25/2026", "", "",
             "EXEC tl_SetStatus 12,8,'11/25/2026',NULL,NULL,0");
         row("date and time", "11/5/2026", "2:15 PM", "Dentist",
-            "EXEC tl_SetStatus 12,8,'11/05/2026 2:15 PM','2:15 "
-            "PM','Dentist',0");
+            "EXEC tl_SetStatus 12,8,'11/05/2026 2:15 PM','2:15 PM','Dentist',0");
         row("time that is no time stays behind the date", "11/25/2026", "soon", "",
             "EXEC tl_SetStatus 12,8,'11/25/2026 soon',NULL,NULL,0");
     }

@@ -23,13 +23,13 @@ class TestNotes : public QObject {
     QStringList shown(SpreadGrid& grid) {
         QStringList notes;
         for (grid.Row = 1; grid.Row <= grid.MaxRows(); ++grid.Row) {
-            QStringList cells;
-            for (grid.Col = 4; grid.Col >= 3; --grid.Col)
-                cells << grid.Text();
-            cells << (grid.FontBold() ? "bold" : "plain");
             grid.Col = 5;
-            cells << (grid.Text().isEmpty() ? "unread" : "read");
-            notes << cells.join('|');
+            const QString read = grid.Text().isEmpty() ? "unread" : "read";
+            grid.Col = 3;
+            const QString author = grid.Text();
+            grid.Col = 4;
+            notes << QStringList{grid.Text(), author, grid.FontBold() ? "bold" : "plain", read}
+                         .join('|');
         }
         return notes;
     }
