@@ -63,9 +63,6 @@ public:
     QString ComputerName() const;
     QString IPAddress() const;
 
-    // Releases the members in a fixed order. The organisations and the transfer stay alive.
-    void Destroy();
-
 private:
     AutoNew<TLSettings> m_Settings;
     AutoNew<TLConstants> m_Constants;

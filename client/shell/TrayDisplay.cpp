@@ -29,8 +29,4 @@ QString TipText(bool validUser, const QString& fullName, const QString& statusTe
     return fullName + QLatin1Char('\r') + QStringLiteral("Status set to ") + statusText;
 }
 
-QString FittedTip(const QString& tip) {
-    return tip.left(64);
-}
-
 } // namespace TrayDisplay

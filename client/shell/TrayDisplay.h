@@ -22,7 +22,4 @@ int PictureIndex(bool validUser, std::int32_t statusSys, std::int32_t notesUnrea
 // status.
 QString TipText(bool validUser, const QString& fullName, const QString& statusText);
 
-// The tip as the tray holds it: room for 64 characters, the rest cut away.
-QString FittedTip(const QString& tip);
-
 } // namespace TrayDisplay
