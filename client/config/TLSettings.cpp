@@ -3,13 +3,6 @@
 #include "DeploymentDefaults.h"
 #include "platform/CommandLine.h"
 #include "platform/NetworkState.h"
-#include <QCoreApplication>
-#include <QDir>
-
-QString TLSettings::INIFileName() const {
-    return QDir::toNativeSeparators(QCoreApplication::applicationDirPath() +
-                                    QStringLiteral("/tavlo.ini"));
-}
 
 QString TLSettings::WebAddress() const {
     return m_webAddress.isEmpty() ? DeploymentDefaults::WebAddress : m_webAddress;

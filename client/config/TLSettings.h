@@ -22,9 +22,6 @@ public:
     bool EnableChat = false;
     bool ChatConnecting = false;
 
-    // The program's folder followed by "tavlo.ini". Nothing reads or writes that file.
-    QString INIFileName() const;
-
     // The stored address, or the deployment's default when none is stored.
     QString WebAddress() const;
     void SetWebAddress(const QString& value) { m_webAddress = value; }

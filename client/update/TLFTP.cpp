@@ -133,13 +133,3 @@ void TLFTP::DisconnectFTP() {
         log(QStringLiteral("Error(Disconnecting) ") + CurrentError().description);
     }
 }
-
-// Kept for callers that never came: it would remove the log and say so.
-void TLFTP::ClearLog() {
-    try {
-        QFile::remove(strFilePath);
-        log(QStringLiteral("Clearing Log File..."));
-    } catch (...) {
-        log(QStringLiteral("Error(Clearing Log) ") + CurrentError().description);
-    }
-}

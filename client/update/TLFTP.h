@@ -31,7 +31,6 @@ public:
     void TransferUpdateFile(const QString& strFile, const QString& strLabel);
     void GetFileSize(const QString& strReply);
     void DisconnectFTP();
-    void ClearLog();
 
     // Where the update file and the log go: the program's folder, or the user's data folder
     // when the program's folder can't be written (an installed package).
