@@ -7,6 +7,7 @@
 #include "config/frmTLSettings.h"
 #include "directory/DirectoryLoaders.h"
 #include "directory/TLContact.h"
+#include "directory/TLOrganization.h"
 #include "directory/TLStatus.h"
 #include "directory/TLStatusRow.h"
 #include "shell/modTLMain.h"
@@ -34,21 +35,16 @@ class TestDirectory : public QObject {
 
     QStringList sent() const { return PostedStatements(*server); }
 
-    // The list of statuses holds Out (8) only.
-    static void onlyOut() {
-        modTLMain::ClearStatuses();
-        auto status = std::make_shared<TLStatus>();
-        status->StatusSys = 8;
-        status->StatusText = QStringLiteral("Out");
-        modTLMain::colStatuses().Add(status, status->Key());
-    }
-
 private slots:
     void init() {
         Form<frmTLSettings>(); // its first load reads the stored settings over the live ones
         PointAtFreshStub(server, boxes);
         TLMain().ActiveOrganization().OrganizationSys = 4;
-        onlyOut();
+        modTLMain::ClearStatuses(); // the list of statuses holds Out (8) only
+        auto out = std::make_shared<TLStatus>();
+        out->StatusSys = 8;
+        out->StatusText = QStringLiteral("Out");
+        modTLMain::colStatuses().Add(out, out->Key());
     }
 
     // A record fills itself from whatever columns a result holds, so in layers: a missing or
@@ -70,6 +66,15 @@ private slots:
                  QStringLiteral("Ann Lee|Lee, Ann| ann |204|ann@x.org|a@home"));
         QCOMPARE((QList<int>{contact.ContactSys, contact.ShowHomeInfo, contact.UserSys}),
                  (QList<int>{12, 1, 0}));
+    }
+
+    // A record's key carries its sign in a letter, so that no key reads as a position; zero
+    // counts as positive.
+    void keysCarryTheirSign() {
+        TLContact contact;
+        TLOrganization organization;
+        organization.OrganizationSys = 3;
+        QCOMPARE(QStringList({contact.Key(), organization.Key()}), QStringList({"P0", "P3"}));
     }
 
     // Today is Wednesday 11/18/2026 at 9:00 AM.

@@ -33,11 +33,6 @@ class TestNotes : public QObject {
         }
         return notes;
     }
-    QVariant noteColumn(const char* column, int note) {
-        return f.query(QStringLiteral("SELECT %1 FROM note WHERE notesys = %2")
-                           .arg(QLatin1String(column))
-                           .arg(note));
-    }
 
 private slots:
     void initTestCase() { QVERIFY2(f.start(), qPrintable(f.server->failure())); }
@@ -66,7 +61,7 @@ private slots:
         QCOMPARE(window->txtMessageText->toPlainText(), QStringLiteral("Lunch on Friday?"));
         QCOMPARE(window->lblFrom->text(), QStringLiteral("Carol Nolan"));
         QCOMPARE(shown(grid).value(1), QStringLiteral("Lunch on Friday?|Carol Nolan|plain|read"));
-        QVERIFY(!noteColumn("dateread", 2).isNull());
+        QVERIFY(!f.query(QStringLiteral("SELECT dateread FROM note WHERE notesys = 2")).isNull());
         QCOMPARE(f.sentBy([&] { window->gridNotes_Click(2, 2); }).size(), 1); // again
         grid.setCurrentCell(2, 1);
         sent = f.sentBy([&] { window->gridNotes_KeyUp(40); });
@@ -80,7 +75,7 @@ private slots:
         f.boxes.answer = int(vb::vbYes);
         sent = f.sentBy([&] { window->gridNotes_Click(1, 1); });
         QCOMPARE(sent.last(), QStringLiteral("EXEC tl_DeleteNote 3, 5001"));
-        QCOMPARE(noteColumn("deleted", 3).toInt(), 1);
+        QCOMPARE(f.query(QStringLiteral("SELECT deleted FROM note WHERE notesys = 3")).toInt(), 1);
         QVERIFY(window->txtMessageText->toPlainText().isEmpty());
         QCOMPARE(shown(grid).size(), 2); // the rows below moved up, with their notes
         QCOMPARE(shown(grid).value(0), QStringLiteral("Lunch on Friday?|Carol Nolan|plain|read"));
