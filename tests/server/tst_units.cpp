@@ -21,11 +21,11 @@ QDateTime at(const char* moment) {
 
 } // namespace
 
-// The server's parts on their own. The answer cache stays within its budget, drops the least
+// Units of the server on their own. The answer cache stays within its budget, drops the least
 // recently used first, and keeps nothing made from outdated data. Queued mail goes out by SMTP
 // from the server's own address; a mail that can't go stays waiting with the reason, is tried
 // again only after its wait, and is given up after a day.
-class TestParts : public QObject {
+class TestUnits : public QObject {
     Q_OBJECT
     QTemporaryDir folder;
 
@@ -122,5 +122,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestParts)
-#include "tst_parts.moc"
+QTEST_GUILESS_MAIN(TestUnits)
+#include "tst_units.moc"
