@@ -113,7 +113,10 @@ private slots:
         };
         QVERIFY(bobThere("comment") != "At the dentist");
         QVERIFY(annHere.write("EXEC tl_SetStatus 1002,8,NULL,NULL,'At the dentist',5001"));
+        QElapsedTimer took;
+        took.start();
         QTRY_COMPARE_WITH_TIMEOUT(bobThere("comment"), "At the dentist", 1000);
+        qInfo("seen on the other server after %lld ms", took.elapsed());
         QVERIFY(ServerClient(first->baseUrl(), "bob").write("EXEC tl_UpdateChatStatus 1002, 1"));
         QTRY_COMPARE_WITH_TIMEOUT(bobThere("ChatStatus"), "1", 5000);
     }

@@ -699,7 +699,10 @@ private slots:
         QCOMPARE(starved.status(1000), -1);
         hoard.clear();
         setFileLimit(pid, RLIM_INFINITY);
+        QElapsedTimer healed;
+        healed.start();
         QCOMPARE(starved.status(5000), 200);
+        qInfo("answered %lld ms after handles were free", healed.elapsed());
         QTRY_VERIFY(server->log().contains("accepting connections again"));
     }
 
@@ -736,7 +739,8 @@ private slots:
             for (const QString& text : texts)
                 QVERIFY2(stored.contains(text), qPrintable(text + " was lost"));
         }
-        QVERIFY2(total > 100, qPrintable(QString::number(total)));
+        qInfo("%lld acknowledged writes across 3 kills, none lost", qint64(total));
+        QVERIFY(total > 100);
     }
 
     // Sessions live in the database: a restarted server still knows them. PostgreSQL restarted
