@@ -97,36 +97,8 @@ QWidget* ExplorerBar::ItemControl(const QString& itemKey) const {
     return it ? it->control : nullptr;
 }
 
-QString ExplorerBar::ItemText(const QString& itemKey) const {
-    const Item* it = item(itemKey);
-    return it && it->label ? it->label->text() : QString();
-}
-
-bool ExplorerBar::IsCollapsed(const QString& barKey) const {
-    const Bar* b = bar(barKey);
-    return b && b->canCollapse && !b->title->isChecked();
-}
-
-void ExplorerBar::SetCollapsed(const QString& barKey, bool collapsed) {
-    Bar* b = bar(barKey);
-    if (b && b->canCollapse)
-        b->title->setChecked(!collapsed);
-}
-
-QToolButton* ExplorerBar::BarTitle(const QString& barKey) const {
-    const Bar* b = bar(barKey);
-    return b ? b->title : nullptr;
-}
-
 ExplorerBar::Bar* ExplorerBar::bar(const QString& key) {
     for (Bar& b : m_bars)
-        if (b.key == key)
-            return &b;
-    return nullptr;
-}
-
-const ExplorerBar::Bar* ExplorerBar::bar(const QString& key) const {
-    for (const Bar& b : m_bars)
         if (b.key == key)
             return &b;
     return nullptr;

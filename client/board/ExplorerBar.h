@@ -32,10 +32,6 @@ public:
     void AddControlItem(const QString& barKey, const QString& itemKey, QWidget* control);
 
     QWidget* ItemControl(const QString& itemKey) const;
-    QString ItemText(const QString& itemKey) const;
-    bool IsCollapsed(const QString& barKey) const;
-    void SetCollapsed(const QString& barKey, bool collapsed);
-    QToolButton* BarTitle(const QString& barKey) const;
     int BarCount() const { return static_cast<int>(m_bars.size()); }
 
 private:
@@ -52,7 +48,6 @@ private:
         bool canCollapse = true;
     };
     Bar* bar(const QString& key);
-    const Bar* bar(const QString& key) const;
     const Item* item(const QString& key) const;
 
     QVBoxLayout* m_layout;

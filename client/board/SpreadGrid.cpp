@@ -156,11 +156,6 @@ bool SpreadGrid::FontBold() const {
     return cell && m_model->FontAt(cell->font).bold();
 }
 
-bool SpreadGrid::FontUnderline() const {
-    const SpreadCell* cell = existingCell(Row, Col);
-    return cell && m_model->FontAt(cell->font).underline();
-}
-
 void SpreadGrid::SetOperationMode(int mode) {
     setSelectionBehavior(mode == 2 ? QAbstractItemView::SelectRows
                                    : QAbstractItemView::SelectItems);

@@ -59,8 +59,7 @@ public:
     void SetFontSize(int points);
     void SetFontBold(bool bold);
     void SetFontUnderline(bool underline);
-    bool FontBold() const;      // of the cell at Row, Col
-    bool FontUnderline() const; // of the cell at Row, Col
+    bool FontBold() const; // of the cell at Row, Col
     void SetLock(bool locked);
     // The cell kind and check box centring of the addressed cells; with Row -1 they hold for
     // every cell the column gets later too.
