@@ -67,6 +67,7 @@ bool ProsodyServer::registerUser(const QString& user, const QString& password) {
 
 void ProsodyServer::stop() {
     StopChild(m_process);
+    m_started = false;
 }
 
 QString ProsodyServer::configPath() const {
