@@ -15,10 +15,11 @@ export async function showPeople() {
   renderPeople();
 }
 
+// The person's page shows once their details are in, so nothing typed is overwritten by a late load.
 export async function openPerson(contact) {
+  if (!(await showPerson(contact))) return;
   show('people-view', false);
   show('person-view', true);
-  await showPerson(contact);
 }
 
 function setUp() {

@@ -19,7 +19,7 @@ export async function showPerson(contact) {
   const [person, groups, locations] = await Promise.all([
     adminGet('person', { contact }), adminGet('groups'), adminGet('locations'),
   ]);
-  if (!person) return;
+  if (!person) return false;
   current = person;
   document.getElementById('person-name').textContent = `${person.first} ${person.last}`;
   const state = [`User ${person.userName ?? '(none)'}`, `status ${person.status ?? '?'}`];
@@ -39,6 +39,7 @@ export async function showPerson(contact) {
   rights.admin.checked = person.administrator;
   rights.othersStatus.checked = person.othersStatus;
   document.getElementById('person-disable').hidden = person.disabled;
+  return true;
 }
 
 function renderGroups(groups) {
